@@ -1,0 +1,152 @@
+// The sampler: integrates one axis's curve (constant jerk per section) at
+// multiples of the control period since the last update.
+//
+// The period time is always formed from the integer counter, never
+// accumulated, so a long motion does not drift. The cursor only moves forward:
+// each call resumes at the section where the previous call stopped.
+#include "api/sampler.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "state/numerics.h"
+
+namespace vekta {
+
+namespace {
+
+// Index of the last curve point, kept inside the arrays even for a record that
+// was never planned (pointCount 0).
+int lastIndex(const AxisPlan& rec) { return rec.pointCount > 0 ? rec.pointCount - 1 : 0; }
+
+double periodTime(int period) { return period * CYCLE_TIME; }
+
+// Report every section of every planned axis whose end time lies more than the
+// tolerance before its start time. Only a report: sampling goes on.
+void validateSectionTimes(const PlannerState& st) {
+    for (int b = 0; b < st.axisCount; ++b) {
+        const AxisPlan& r = st.records[b];
+        for (int i = 1; i < r.pointCount && i < kMaxPoints; ++i) {
+            if (r.secTime[i - 1] - kTimeBackTolerance > r.secTime[i]) {
+                std::printf("wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
+                            r.secTime[i]);
+            }
+        }
+    }
+}
+
+// Single-axis plans are expected to move away from zero in the positive
+// direction; a first sample that falls back or goes negative is reported with
+// the whole acceleration curve.
+void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished,
+                     const double* pos, const double* vel, const double* acc) {
+    if (std::fabs(st.lastFirstPos) > std::fabs(pos[0]) || pos[0] < 0.0) {
+        std::printf("s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
+                    st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
+        std::printf("acc curve:(a, t)=");
+        for (int i = 0; i < r.pointCount && i < kMaxPoints; ++i) {
+            std::printf("(%f,%f)", r.secAcc[i], r.secTime[i]);
+        }
+        std::printf("\n");
+    }
+    st.lastFirstPos = pos[0];
+}
+
+// Axis 0 with less than one period left after one call must be finished after
+// the next; otherwise the motion did not stop where the plan said.
+void trackNoStop(PlannerState& st, int finished) {
+    const bool lastPeriod = leftMoveTime(st) < CYCLE_TIME;
+    if (st.noStopPending) {
+        if (finished) {
+            st.noStopPending = false;
+        } else {
+            if (lastPeriod) std::puts("no-stop");
+            st.noStopPending = lastPeriod;
+        }
+    } else if (!finished) {
+        st.noStopPending = lastPeriod;
+    }
+}
+
+}  // namespace
+
+double leftMoveTime(const PlannerState& st) {
+    const AxisPlan& r = st.records[0];
+    const double left = r.secTime[lastIndex(r)] - periodTime(r.sampleCount);
+    return left > 0.0 ? left : 0.0;
+}
+
+int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
+               int& count) {
+    count = 0;
+    if (st.newPlan) {
+        st.newPlan = false;
+        st.lastFirstPos = 0.0;
+        st.noStopPending = false;
+        validateSectionTimes(st);
+    }
+    if (st.planFailed) return 0;
+    if (axis >= st.axisCount || axis < 0) return 0;
+
+    AxisPlan& r = st.records[axis];
+    const int last = lastIndex(r);
+    int c = r.secCursor;
+
+    if (nSamples > 0) {
+        int k = 0;
+        bool curveEnded = false;
+        double t = 0.0;
+        while (k < nSamples) {
+            t = periodTime(r.sampleCount + 1);
+            if (c >= r.pointCount) {
+                curveEnded = true;
+                break;
+            }
+            // Strictly greater: a time exactly on a point is sampled in the
+            // section that ends there, and zero-length sections are skipped.
+            while (t > r.secTime[c]) {
+                if (++c >= r.pointCount) break;
+            }
+            if (c >= r.pointCount) {
+                curveEnded = true;
+                break;
+            }
+            const double dA = r.secAcc[c] - r.secAcc[c - 1];
+            const double jerk =
+                std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - r.secTime[c - 1]);
+            const double tau = t - r.secTime[c - 1];
+            const double halfTau2 = tau * tau / 2.0;
+            acc[k] = r.secAcc[c - 1] + jerk * tau;
+            vel[k] = r.secVel[c - 1] + r.secAcc[c - 1] * tau + jerk * halfTau2;
+            pos[k] = r.secPos[c - 1] + r.secVel[c - 1] * tau + r.secAcc[c - 1] * halfTau2 +
+                     jerk * (halfTau2 * tau / 3.0);
+            r.sampleCount += 1;
+            r.secCursor = c;
+            k += 1;
+        }
+        if (curveEnded) {
+            // The end state, once per call; the period counter keeps running.
+            acc[k] = 0.0;
+            vel[k] = r.tgtVel;
+            pos[k] = r.secPos[last];
+            r.sampleCount += 1;
+            if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
+            count = k + 1;
+        } else {
+            count = k;
+        }
+    }
+
+    const int finished = periodTime(r.sampleCount) >= r.secTime[last] ? 1 : 0;
+    if (count > 0 && finished) {
+        std::printf("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+                    r.secTime[last]);
+    }
+    if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
+        reportOvershoot(st, r, axis, finished, pos, vel, acc);
+    }
+    if (axis == 0) trackNoStop(st, finished);
+    return finished;
+}
+
+}  // namespace vekta

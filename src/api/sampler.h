@@ -1,0 +1,19 @@
+// Period-by-period sampling of the planned curves.
+#ifndef VEKTA_API_SAMPLER_H
+#define VEKTA_API_SAMPLER_H
+
+#include "state/planner_state.h"
+
+namespace vekta {
+
+// Evaluate axis `axis`'s curve at the next nSamples control periods (see the
+// public header for the contract). Returns the finished flag (0 or 1).
+int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
+               int& count);
+
+// Time axis 0's plan still has to run, never negative.
+double leftMoveTime(const PlannerState& st);
+
+}  // namespace vekta
+
+#endif

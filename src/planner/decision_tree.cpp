@@ -1,0 +1,58 @@
+// The three walks over a DecisionTree.
+//
+// All three follow the same rule (call node n, go to successors[2n] on true
+// and successors[2n + 1] on false, stop at 0); they differ in where they
+// start, where they stop early, what they print and what they count.
+#include "planner/decision_tree.h"
+
+#include <cstdio>
+
+namespace vekta {
+
+namespace {
+
+constexpr int kStep1Root = 1;
+constexpr int kOverspeedNode = 5;  // its successors serve the velocity-mode walk only
+constexpr int kSnapshotNode = 9;   // the step-2 root, and where step-1 walks rejoin
+constexpr int kBranchedNode = 71;
+
+int successor(const DecisionTree& tree, int node, bool result) {
+    return tree.successors[2 * node + (result ? 0 : 1)];
+}
+
+}  // namespace
+
+void walkTree(PlannerState& st, const DecisionTree& tree, AxisPlan& rec, int start) {
+    for (int n = start; n != 0;) {
+        n = successor(tree, n, tree.nodes[n](st, rec));
+    }
+}
+
+void walkStep1Position(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
+    if (st.traceOn) std::printf("step1 start: idx(pt inv) ");
+    for (int n = kStep1Root; n != 0;) {
+        if (st.traceOn) std::printf("%d(%f %d) \t", n, rec.tgtPos, rec.inv);
+        const bool result = tree.nodes[n](st, rec);
+        n = (n == kOverspeedNode) ? kSnapshotNode : successor(tree, n, result);
+    }
+    if (st.traceOn) std::printf("tp %d\n", rec.step1Profile - 1);
+}
+
+void walkStep1Velocity(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
+    for (int n = kStep1Root; n != 0 && n != kSnapshotNode;) {
+        n = successor(tree, n, tree.nodes[n](st, rec));
+    }
+}
+
+void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
+    for (int n = kSnapshotNode; n != 0;) {
+        st.nodeVisitCount[n - 1] += 1;
+        const bool result = tree.nodes[n](st, rec);
+        if (st.traceOn) std::printf("%d-%d \t", n, result ? 1 : 0);
+        n = successor(tree, n, result);
+        if (n == kBranchedNode) std::puts("D71 branched");
+    }
+    if (st.traceOn) std::printf("\n");
+}
+
+}  // namespace vekta

@@ -1,0 +1,42 @@
+// Decision trees: a node table of predicates over one axis record plus a
+// parallel successor table, walked from a start node until successor 0.
+#ifndef VEKTA_PLANNER_DECISION_TREE_H
+#define VEKTA_PLANNER_DECISION_TREE_H
+
+#include <cstdint>
+
+#include "state/planner_state.h"
+
+namespace vekta {
+
+// A tree node: a predicate that may also change the record on the way (mirror
+// it, append a section, set a profile id) or leave hints in the planner state.
+using NodeFn = bool (*)(PlannerState& st, AxisPlan& rec);
+
+// nodes[n] is node n; successors[2n] follows a true result, successors[2n + 1]
+// a false one; 0 stops the walk. Node 0 is a placeholder.
+struct DecisionTree {
+    const NodeFn* nodes;
+    const std::int32_t* successors;
+    int nodeCount;
+};
+
+// The plain walk: from `start`, call each node and follow its successor.
+void walkTree(PlannerState& st, const DecisionTree& tree, AxisPlan& rec, int start);
+
+// Step-1 walk of a position-mode plan: from node 1, with the trace prints, and
+// continuing at node 9 after node 5 whatever node 5 returned.
+void walkStep1Position(PlannerState& st, const DecisionTree& tree, AxisPlan& rec);
+
+// Step-1 walk of a velocity-mode plan: nodes 1 to 8 by the successor table,
+// stopping as soon as the next node would be 9 (the planning pass calls node 9
+// and what follows itself).
+void walkStep1Velocity(PlannerState& st, const DecisionTree& tree, AxisPlan& rec);
+
+// Step-2 walk: from node 9, counting visits per node, with the trace prints
+// and the unconditional "D71 branched" line on the way into node 71.
+void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec);
+
+}  // namespace vekta
+
+#endif

@@ -1,0 +1,125 @@
+// Bracketing root finder: bisection and Anderson-Bjorck regula falsi.
+//
+// Each iteration first halves the bracket (which guarantees progress however
+// badly the residual is shaped) and then takes one secant step through the two
+// ends. When the secant step lands on the same side as the newest end twice in
+// a row, plain regula falsi would keep the other end forever; Anderson-Bjorck
+// scales the retained end's value down instead (w = 1 - fx/fb, or one half
+// when that is not positive), so the secant is pulled across the root.
+//
+// The initial ends are probed slightly inside the bracket, and the probed value
+// stands for the end itself; this decides which end is returned when both ends
+// already meet the tolerance. The final acceptance after the bracket has
+// shrunk compares the kept residual with its sign, on purpose.
+#include "solvers/abk.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace vekta {
+
+namespace {
+
+constexpr double kProbeShift = 1e-8;
+constexpr double kAcceptLimit = 1e-4;  // signed: any negative kept residual passes
+constexpr double kFallbackWeight = 0.5;
+
+// The two ends of the bracket. `fa` may be a weighted value rather than the
+// true residual at `a`; `b` is always the newest point.
+struct Bracket {
+    double a, b, fa, fb;
+};
+
+double eval(AxisPlan& rec, Step2Residual r, double x) { return r(rec, &x); }
+
+Bracket initialBracket(AxisPlan& rec, Step2Residual r, double lo, double hi) {
+    const double d = lo < hi ? kProbeShift : -kProbeShift;
+    const double f1 = eval(rec, r, lo + d);
+    const double f2 = eval(rec, r, hi - d);
+    Bracket br{lo, hi, 0.0, 0.0};
+    if (std::fabs(f2) > std::fabs(f1)) {
+        br.fa = eval(rec, r, lo);
+        br.fb = f2;
+    } else {
+        br.fa = f1;
+        br.fb = eval(rec, r, hi);
+    }
+    return br;
+}
+
+}  // namespace
+
+bool abkSolve(AxisPlan& rec, Step2Residual residual, double* out, double lo, double hi) {
+    rec.writeSections = 0;
+    if (lo > hi) {
+        std::printf("abk:error input %f %f\n", lo, hi);
+        return false;
+    }
+
+    Bracket br = initialBracket(rec, residual, lo, hi);
+
+    for (int iter = 0; iter < ABK_MAX_ITER; ++iter) {
+        if (std::fabs(br.fa) < ABK_TOL) {
+            *out = br.a;
+            return true;
+        }
+        if (std::fabs(br.fb) < ABK_TOL) {
+            *out = br.b;
+            return true;
+        }
+        if (br.fa * br.fb > 0.0) {  // no sign change: nothing to bracket
+            *out = (br.a + br.b) / 2.0;
+            return false;
+        }
+
+        // Bisection; keep the half with the sign change, newest point in b.
+        const double m = (br.a + br.b) * 0.5;
+        const double fm = eval(rec, residual, m);
+        if (std::fabs(fm) < ABK_TOL) {
+            *out = m;
+            return true;
+        }
+        if (br.fb * fm < 0.0) {
+            br.a = br.b;
+            br.fa = br.fb;
+        }
+        br.b = m;
+        br.fb = fm;
+
+        // Secant step through both ends.
+        const double slope = (br.fa - br.fb) / (br.a - br.b);
+        const double x = br.b - br.fb / slope;
+        const double fx = eval(rec, residual, x);
+        if (std::fabs(fx) < ABK_TOL) {
+            *out = x;
+            return true;
+        }
+        if (br.fb * fx < 0.0) {
+            br.a = br.b;
+            br.fa = br.fb;
+        } else {
+            // Same side twice: weight the retained end down (Anderson-Bjorck).
+            double w = 1.0 - fx / br.fb;
+            if (!(w > 0.0)) w = kFallbackWeight;
+            br.fa = br.fa * w;
+        }
+        br.b = x;
+        br.fb = fx;
+
+        if (std::fabs(br.b - br.a) <= ABK_TOL) {
+            const bool keepA = std::fabs(br.fb) > std::fabs(br.fa);
+            const double kept = keepA ? br.a : br.b;
+            const double keptResidual = keepA ? br.fa : br.fb;
+            *out = kept;
+            if (keptResidual < kAcceptLimit) return true;
+            std::printf("ABK fail with error: %f", keptResidual);
+            return false;
+        }
+    }
+
+    std::printf("abk timeout %f %f\n", br.a, br.b);
+    *out = (lo + hi) * 0.5;
+    return false;
+}
+
+}  // namespace vekta

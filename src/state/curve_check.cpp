@@ -1,0 +1,72 @@
+#include "state/curve_check.h"
+
+#include <cmath>
+
+namespace vekta {
+
+namespace {
+
+double maxAbs(double m, double x) { return std::fabs(x) > m ? std::fabs(x) : m; }
+
+}  // namespace
+
+CurveReport checkCurve(const AxisPlan& rec) {
+    CurveReport r{};
+    r.pointCountValid = rec.pointCount >= 1 && rec.pointCount <= kMaxPoints;
+    r.finite = true;
+    r.timesNonDecreasing = true;
+    r.worstSection = -1;
+    if (!r.pointCountValid) return r;
+
+    const int n = rec.pointCount;
+    r.sections = n - 1;
+    for (int i = 0; i < n; ++i) {
+        if (!std::isfinite(rec.secTime[i]) || !std::isfinite(rec.secAcc[i]) ||
+            !std::isfinite(rec.secVel[i]) || !std::isfinite(rec.secPos[i])) {
+            r.finite = false;
+        }
+    }
+    r.peakVel = std::fabs(rec.secVel[0]);
+    r.peakAcc = std::fabs(rec.secAcc[0]);
+
+    double worst = -1.0;
+    for (int i = 1; i < n; ++i) {
+        const double dt = rec.secTime[i] - rec.secTime[i - 1];
+        const double a0 = rec.secAcc[i - 1], v0 = rec.secVel[i - 1], p0 = rec.secPos[i - 1];
+        if (dt < 0.0) r.timesNonDecreasing = false;
+
+        double vEnd = v0, pEnd = p0;
+        if (dt == 0.0) {
+            r.maxAccJump = maxAbs(r.maxAccJump, rec.secAcc[i] - a0);
+        } else {
+            const double j = (rec.secAcc[i] - a0) / dt;
+            vEnd = v0 + a0 * dt + j * dt * dt / 2.0;
+            pEnd = p0 + v0 * dt + a0 * dt * dt / 2.0 + j * dt * dt * dt / 6.0;
+            r.peakJerk = maxAbs(r.peakJerk, j);
+            // Acceleration is linear in a section; velocity peaks where it crosses zero.
+            if (j != 0.0) {
+                const double tStar = -a0 / j;
+                if (tStar > 0.0 && tStar < dt) r.peakVel = maxAbs(r.peakVel, v0 + a0 * tStar / 2.0);
+            }
+        }
+        r.peakVel = maxAbs(r.peakVel, vEnd);
+        r.peakVel = maxAbs(r.peakVel, rec.secVel[i]);
+        r.peakAcc = maxAbs(r.peakAcc, rec.secAcc[i]);
+
+        const double dv = std::fabs(vEnd - rec.secVel[i]);
+        const double dp = std::fabs(pEnd - rec.secPos[i]);
+        r.maxVelMismatch = dv > r.maxVelMismatch ? dv : r.maxVelMismatch;
+        r.maxPosMismatch = dp > r.maxPosMismatch ? dp : r.maxPosMismatch;
+        if (dv + dp > worst) {
+            worst = dv + dp;
+            r.worstSection = i;
+        }
+    }
+    r.endTime = rec.secTime[n - 1];
+    r.endAcc = rec.secAcc[n - 1];
+    r.endVel = rec.secVel[n - 1];
+    r.endPos = rec.secPos[n - 1];
+    return r;
+}
+
+}  // namespace vekta

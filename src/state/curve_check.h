@@ -1,0 +1,31 @@
+// A physical check of a written curve: each section is integrated from its
+// start point with the constant jerk implied by its two end points, and the
+// result is compared with the next stored point.
+#ifndef VEKTA_STATE_CURVE_CHECK_H
+#define VEKTA_STATE_CURVE_CHECK_H
+
+#include "state/planner_state.h"
+
+namespace vekta {
+
+struct CurveReport {
+    int sections;             // pointCount - 1 (0 for a bad point count)
+    bool pointCountValid;     // 1 <= pointCount <= kMaxPoints
+    bool finite;              // every stored value finite
+    bool timesNonDecreasing;  // no section of negative duration
+    double maxVelMismatch;    // |integrated end velocity - stored velocity|
+    double maxPosMismatch;    // |integrated end position - stored position|
+    int worstSection;         // index of the end point of the largest mismatch
+    double maxAccJump;        // acceleration step across a zero-length section
+    double peakVel;           // largest |v| anywhere inside the sections
+    double peakAcc;           // largest |a| anywhere inside the sections
+    double peakJerk;          // largest |jerk| of a section of positive length
+    double endTime, endAcc, endVel, endPos;  // the last stored point
+};
+
+// Integrate every section of rec's curve (points 0 .. pointCount - 1).
+CurveReport checkCurve(const AxisPlan& rec);
+
+}  // namespace vekta
+
+#endif

@@ -1,0 +1,56 @@
+#include "state/planner_state.h"
+
+#include "state/numerics.h"
+
+namespace vekta {
+
+PlannerState& defaultState() {
+    // Static storage: zero at load, alive for the life of the process.
+    static PlannerState state;
+    return state;
+}
+
+void appendPoint(AxisPlan& rec) {
+    const double s = static_cast<double>(rec.inv);
+    const int k = rec.pointCount;
+    rec.secTime[k] = rec.planTime;
+    rec.secPos[k] = rec.curPos * s;
+    rec.secVel[k] = rec.curVel * s;
+    rec.secAcc[k] = rec.curAcc * s;
+    rec.pointCount = k + 1;
+}
+
+int appendAccToZero(AxisPlan& rec) {
+    const double dt = rec.curAcc / rec.maxJerk;
+    rec.planTime += dt;
+    const double vel = rec.curVel + 0.5 * rec.curAcc * dt;
+    const double pos = rec.curPos + rec.curVel * dt + 0.5 * rec.curAcc * dt * dt -
+                       rec.maxJerk * cube(dt) / 6.0;
+    rec.curAcc = 0.0;
+    rec.curVel = vel;
+    rec.curPos = pos;
+    const double s = static_cast<double>(rec.inv);
+    const int k = rec.pointCount;
+    rec.secTime[k] = rec.planTime;
+    rec.secPos[k] = rec.curPos * s;
+    rec.secAcc[k] = 0.0 * s;  // a signed zero in the mirrored frame
+    rec.secVel[k] = rec.curVel * s;
+    rec.pointCount = k + 1;
+    rec.remTime -= dt;
+    return rec.pointCount;
+}
+
+void negateState(AxisPlan& rec) {
+    rec.curPos = -rec.curPos;
+    rec.tgtPos = -rec.tgtPos;
+    rec.curVel = -rec.curVel;
+    rec.tgtVel = -rec.tgtVel;
+    rec.curAcc = -rec.curAcc;
+}
+
+void mirrorAxis(AxisPlan& rec) {
+    negateState(rec);
+    rec.inv = -rec.inv;
+}
+
+}  // namespace vekta

@@ -1,0 +1,121 @@
+// The planner's records: one AxisPlan per axis and the PlannerState that owns
+// six of them together with the flags, statistics and solver hints of a plan.
+//
+// Everything is plain data, zero at load. Internal functions take the record or
+// the state they work on; the exported entry points act on defaultState().
+#ifndef VEKTA_STATE_PLANNER_STATE_H
+#define VEKTA_STATE_PLANNER_STATE_H
+
+#include <cstdint>
+
+namespace vekta {
+
+// The fixed control period of the controller, in seconds.
+constexpr double CYCLE_TIME = 0.005;
+
+// Curve capacity: point 0 is the start state, so at most 12 sections.
+constexpr int kMaxPoints = 13;
+constexpr int kMaxAxes = 6;
+constexpr int kNodeVisitSlots = 104;
+constexpr int kStep2ProfileCount = 28;
+
+// One axis ("freedom"): its inputs, limits, the curve under construction
+// (AccelCurve: secTime/secAcc/secVel/secPos), the frame sign, the profile ids,
+// the step-1 snapshot and the sampling cursor. The field order is fixed.
+struct AxisPlan {
+    double curPos;   // working state while a curve is built (possibly mirrored)
+    double tgtPos;
+    double curVel;
+    double tgtVel;
+    double curAcc;
+    double maxVel;
+    double maxAcc;
+    double maxJerk;  // maxAcc times the update's jerk ratio
+    double planTime;  // time at the end of the curve built so far
+    int pointCount;   // valid curve points; point 0 is the start state at t = 0
+    double secTime[kMaxPoints];
+    double secAcc[kMaxPoints];  // stored in the caller's frame (times inv)
+    double secVel[kMaxPoints];
+    double secPos[kMaxPoints];
+    double coefCache[kMaxPoints];  // residual coefficients of step-1 root solvers
+    int inv;                       // +1, or -1 while the working state is mirrored
+    double remTime;                // time left to the common end time
+    int step1Profile;
+    int step2Profile;
+    int velProfile;
+    int snapPointCount;  // snapshot taken by step-1 node 9
+    int snapInv;
+    double snapPos;
+    double snapVel;
+    double snapAcc;
+    double snapTgtPos;
+    double snapTgtVel;
+    double snapPlanTime;
+    int writeSections;  // 1: the next residual evaluation writes its sections
+    bool step1Ok;
+    bool coefDirty;   // coefCache must be recomputed
+    int sampleCount;  // control periods sampled since the last update
+    int secCursor;    // index of the point that ends the section being sampled
+};
+
+// The whole planner: six axes, plan flags, statistics, the bracket hints that
+// step-2 tree nodes leave for the step-2 solvers, and the sampler's memory.
+struct PlannerState {
+    AxisPlan records[kMaxAxes];
+    std::int8_t slowestAxis;
+    bool newPlan;
+    std::int8_t axisCount;
+    bool planFailed;
+    int nodeVisitCount[kNodeVisitSlots];     // step-2 node n counts at n - 1
+    int profileUseCount[kStep2ProfileCount];  // per step-2 profile name
+
+    // Step-2 solver hints, planner-wide (not per axis) and never reset.
+    double triPeakAcc;
+    double hldLinLo;
+    double hldLinHi;
+    double linHldLo;
+    double linHldHi;
+    double negLinAcc;
+    double negLinAccSpare;
+    std::uint8_t trapTriSeedSet;
+    double trapTriSeed;
+    std::uint8_t triTrapSeedSet;
+    double triTrapSeed;
+    std::uint8_t triTriSeedMode;  // 0 none, 1 raises the lower bound, other values cap the upper
+    double triTriSeed;
+
+    bool traceOn;
+    bool noStopPending;   // sampler memory for the "no-stop" warning
+    double lastFirstPos;  // first position of the previous single-axis sample call
+};
+
+// The process-wide state behind the exported functions.
+PlannerState& defaultState();
+
+// Store curve point k: time as given, acceleration, velocity and position each
+// multiplied by `sign` (the frame sign, or -1 for a mirrored solver variant).
+inline void storePoint(AxisPlan& rec, int k, double t, double a, double v, double p,
+                       double sign) {
+    rec.secTime[k] = t;
+    rec.secAcc[k] = a * sign;
+    rec.secVel[k] = v * sign;
+    rec.secPos[k] = p * sign;
+}
+
+// Store the working state as the next curve point (values times inv) and count it.
+void appendPoint(AxisPlan& rec);
+
+// Append a section that ramps curAcc down to zero at jerk -maxJerk, advance the
+// working state over it, store its end point and shorten remTime by its length.
+// Returns the new pointCount.
+int appendAccToZero(AxisPlan& rec);
+
+// Negate the five state fields (curPos, tgtPos, curVel, tgtVel, curAcc).
+void negateState(AxisPlan& rec);
+
+// The working-frame mirror: negate the five state fields and the frame sign.
+void mirrorAxis(AxisPlan& rec);
+
+}  // namespace vekta
+
+#endif

@@ -1,0 +1,57 @@
+// Helpers shared by the tests: fresh planner states, hand-built records,
+// standard-output capture and the physical curve assertions.
+#ifndef VEKTA_TESTS_SUPPORT_H
+#define VEKTA_TESTS_SUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "state/curve_check.h"
+#include "state/planner_state.h"
+
+namespace vekta::test {
+
+// A zeroed planner state of the tests' own (never the process-wide one).
+std::unique_ptr<PlannerState> freshState();
+
+// A record ready for planning: the given state and limits, one curve point
+// (the present state at time 0), inv = 1, everything else zero.
+AxisPlan makeAxis(double pos, double vel, double acc, double tgtPos, double maxVel,
+                  double maxAcc, double maxJerk);
+
+// Captures everything written to standard output while it lives.
+class StdoutCapture {
+public:
+    StdoutCapture();
+    ~StdoutCapture();
+    StdoutCapture(const StdoutCapture&) = delete;
+    StdoutCapture& operator=(const StdoutCapture&) = delete;
+    // Stops capturing (on the first call) and returns what was printed.
+    std::string text();
+
+private:
+    bool active_;
+    std::string text_;
+};
+
+// Tolerances of the physical check, relative to the size of the motion.
+struct CurveTolerance {
+    double rel = 1e-9;  // on velocity and position mismatches, relative to scale
+    double limitRel = 1e-9;  // slack on |a| <= A, |v| <= V, |jerk| <= J
+};
+
+// Asserts that the curve is continuous (every section, integrated with its
+// implied jerk, meets the next stored point), that its times do not go back,
+// that every value is finite, and that |a| <= A, |jerk| <= J inside every
+// section (and |v| <= V when checkVel). Returns the report for further checks.
+CurveReport expectPhysicalCurve(const AxisPlan& rec, bool checkVel = true,
+                                CurveTolerance tol = CurveTolerance{});
+
+// Asserts that the curve's last point is (time, tgt velocity, position) at rest.
+void expectEndsAt(const AxisPlan& rec, double time, double pos, double vel, double tol = 1e-9);
+
+}  // namespace vekta::test
+
+#endif
