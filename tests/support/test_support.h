@@ -52,6 +52,11 @@ CurveReport expectPhysicalCurve(const AxisPlan& rec, bool checkVel = true,
 // Asserts that the curve's last point is (time, tgt velocity, position) at rest.
 void expectEndsAt(const AxisPlan& rec, double time, double pos, double vel, double tol = 1e-9);
 
+// Duration of the time-optimal rest-to-rest move over `distance` (> 0) with
+// limits V, A, J: the classic seven-section double-S, in closed form (cruise
+// or not, acceleration limit reached or not).
+double doubleSDuration(double distance, double V, double A, double J);
+
 }  // namespace vekta::test
 
 #endif

@@ -1,0 +1,1 @@
+// Placeholder: the step-2 solvers are being written.

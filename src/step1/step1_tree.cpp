@@ -1,0 +1,1 @@
+// Placeholder: the step-1 decision tree is being written.
