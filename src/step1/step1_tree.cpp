@@ -1,1 +1,604 @@
-// Placeholder: the step-1 decision tree is being written.
+// The step-1 decision tree: which minimum-time shape fits an axis state.
+//
+// The fastest jerk-limited motion to a target at rest is a positive and a
+// negative acceleration pulse (each a triangle below A or a trapezoid holding
+// A), possibly with a cruise at V between them, or - when the present
+// acceleration already carries the axis past the target - a linear release
+// of that acceleration followed by a closing pulse. The tree decides among
+// them by velocity tests (which pulse a velocity change needs) and position
+// tests: it builds the end position X of a short chain of limiting pulses
+// from the present state and compares it with the target. A target beyond
+// the chain's end needs a bigger shape, one before it a smaller one.
+//
+// Nodes 1-8 prepare the state first: a non-negative acceleration (mirroring,
+// inv = -1), an acceleration not above A, and a velocity not beyond -V after
+// the over-speed pulse of node 5. Node 9 takes the snapshot from which the
+// step-1 solver and a later synchronised re-plan both start. Some position
+// nodes release the acceleration (appendAccToZero) on their false branch, so
+// that the nodes after them look at a state with zero acceleration.
+#include "step1/step1_tree.h"
+
+#include <cstdio>
+
+#include "solvers/vel_shapes.h"
+#include "state/numerics.h"
+#include "step1/step1_solvers.h"
+#include "step2/prologue_nodes.h"
+
+namespace vekta {
+
+namespace {
+
+// The odd id: the same shape starting with a negative pulse.
+constexpr int mirrored(Step1Shape shape) { return shape + 1; }
+
+// The dead nodes 51 and 53 test the rising triangle with a jerk this much larger.
+constexpr double kDeadNodeJerkScale = 1.1;
+
+// ---------------------------------------------------------------------------
+// Motion pieces. A chain starts at the present state and each piece starts
+// where the previous one ended; X is the position of the chain's end. The
+// sections are integrated exactly; a trapezoid's hold enters through its
+// length and its start velocity even where that length is negative.
+// ---------------------------------------------------------------------------
+
+// The end of a chain so far, with the axis's limits.
+struct Reach {
+    double p, v, a;
+    double A, J;
+};
+
+// The present working state of rec.
+Reach reachFrom(const AxisPlan& rec) {
+    return {rec.curPos, rec.curVel, rec.curAcc, rec.maxAcc, rec.maxJerk};
+}
+
+// One section of constant jerk and duration d, ending at acceleration aEnd.
+void section(Reach& r, double jerk, double d, double aEnd) {
+    r.p = r.p + r.v * d + r.a * d * d / 2.0 + jerk * cube(d) / 6.0;
+    r.v = r.v + r.a * d + jerk * d * d / 2.0;
+    r.a = aEnd;
+}
+
+// Z: release the acceleration to 0 at -J (the velocity becomes vz).
+void Z(Reach& r) { section(r, -r.J, r.a / r.J, 0.0); }
+
+// PosTri(u -> w): from the present acceleration b up to the peak
+// root(b^2/2 + J (w - u)) and back to 0.
+void posTri(Reach& r, double w) {
+    const double b = r.a;
+    const double ap = guardedRoot(b * b / 2.0 + r.J * (w - r.v));
+    section(r, r.J, (ap - b) / r.J, ap);
+    section(r, -r.J, ap / r.J, 0.0);
+}
+
+// PosTri peak A: up to exactly A and back to 0, no hold.
+void posTriPeakA(Reach& r) {
+    section(r, r.J, (r.A - r.a) / r.J, r.A);
+    section(r, -r.J, r.A / r.J, 0.0);
+}
+
+// PosTrap(u -> w): up to A, hold A as long as the velocity change needs, back to 0.
+void posTrap(Reach& r, double w) {
+    const double b = r.a;
+    const double A = r.A, J = r.J;
+    const double hold = (w - r.v - (2.0 * A * A - b * b) / (2.0 * J)) / A;
+    section(r, J, (A - b) / J, A);
+    section(r, 0.0, hold, A);
+    section(r, -J, A / J, 0.0);
+}
+
+// The falling pulses start from zero acceleration: the tree chains them only
+// where the acceleration has already been released.
+
+// NegTri(u -> w): 0 -> -root(J (u - w)) -> 0.
+void negTri(Reach& r, double w) {
+    const double an = guardedRoot(r.J * (r.v - w));
+    r.a = 0.0;
+    section(r, -r.J, an / r.J, -an);
+    section(r, r.J, an / r.J, 0.0);
+}
+
+// NegTri peak -A: 0 -> -A -> 0, the velocity falls by A^2/J.
+void negTriPeakA(Reach& r) {
+    r.a = 0.0;
+    section(r, -r.J, r.A / r.J, -r.A);
+    section(r, r.J, r.A / r.J, 0.0);
+}
+
+// NegTrap(u -> w): 0 -> -A, hold -A as long as needed, -A -> 0.
+void negTrap(Reach& r, double w) {
+    const double A = r.A, J = r.J;
+    const double hold = (r.v - w - A * A / J) / A;
+    r.a = 0.0;
+    section(r, -J, A / J, -A);
+    section(r, 0.0, hold, -A);
+    section(r, J, A / J, 0.0);
+}
+
+// ---------------------------------------------------------------------------
+// Nodes. p, pt, v, vt, a, V, A, J are the working-frame state and limits.
+// ---------------------------------------------------------------------------
+
+bool node0(PlannerState&, AxisPlan&) { return true; }
+
+// Velocity after a full pulse a -> A -> 0: v + (2A^2 - a^2)/(2J).
+double fullPulseVel(const AxisPlan& r) {
+    return r.curVel + (2.0 * r.maxAcc * r.maxAcc - r.curAcc * r.curAcc) / (2.0 * r.maxJerk);
+}
+
+// Velocity once the acceleration is released: v + a^2/(2J).
+double releasedVel(const AxisPlan& r) { return r.curVel + r.curAcc * r.curAcc / (2.0 * r.maxJerk); }
+
+// A^2/J: the velocity change of a triangle pulse that just reaches A.
+double peakAPulseVel(const AxisPlan& r) { return r.maxAcc * r.maxAcc / r.maxJerk; }
+
+// Node 9, "Variant B": snapshot of the prepared state; vt >= v + a^2/(2J).
+bool node9(PlannerState&, AxisPlan& r) {
+    r.snapPointCount = r.pointCount;
+    r.snapPlanTime = r.planTime;
+    r.snapPos = r.curPos;
+    r.snapVel = r.curVel;
+    r.snapAcc = r.curAcc;
+    r.snapTgtPos = r.tgtPos;
+    r.snapTgtVel = r.tgtVel;
+    r.snapInv = r.inv;
+    // Cannot happen after node 1's mirror; a diagnostic only.
+    if (r.curAcc < 0.0) std::puts("Variant B error");
+    return r.tgtVel >= releasedVel(r);
+}
+
+// Node 10 (also 30, 37, 49 as V): vt >= v + (2A^2 - a^2)/(2J).
+bool node10(PlannerState&, AxisPlan& r) { return r.tgtVel >= fullPulseVel(r); }
+
+// pt >= X[PosTrap(v -> vt)]
+bool node11(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTrap(x, r.tgtVel);
+    return r.tgtPos >= x.p;
+}
+
+// Node 12 (also 40): vt >= V - A^2/J.
+bool node12(PlannerState&, AxisPlan& r) { return r.tgtVel >= r.maxVel - peakAPulseVel(r); }
+
+// pt >= X[PosTrap(v -> V), NegTri(V -> vt)]: 2, else 10.
+bool node13(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTrap(x, r.maxVel);
+    negTri(x, r.tgtVel);
+    const bool beyond = r.tgtPos >= x.p;
+    r.step1Profile = beyond ? kStep1PTZNt : kStep1PTNt;
+    return beyond;
+}
+
+// pt >= X[PosTrap(v -> vt + A^2/J), NegTri peak -A]; 10 when false.
+bool node14(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTrap(x, r.tgtVel + peakAPulseVel(r));
+    negTriPeakA(x);
+    if (r.tgtPos >= x.p) return true;
+    r.step1Profile = kStep1PTNt;
+    return false;
+}
+
+// pt >= X[PosTrap(v -> V), NegTrap(V -> vt)]: 6, else 12.
+bool node15(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTrap(x, r.maxVel);
+    negTrap(x, r.tgtVel);
+    const bool beyond = r.tgtPos >= x.p;
+    r.step1Profile = beyond ? kStep1PTZNT : kStep1PTNT;
+    return beyond;
+}
+
+// vt >= v + (A^2 + a^2/2)/J
+bool node16(PlannerState&, AxisPlan& r) {
+    const double A = r.maxAcc, a = r.curAcc;
+    return r.tgtVel >= r.curVel + (A * A + a * a / 2.0) / r.maxJerk;
+}
+
+// pt >= X[Z, PosTrap(vz -> vt)]: 20; when false release the acceleration.
+bool node17(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    Z(x);
+    posTrap(x, r.tgtVel);
+    if (r.tgtPos >= x.p) {
+        r.step1Profile = kStep1PLNT;
+        return true;
+    }
+    appendAccToZero(r);
+    return false;
+}
+
+// Node 18 (also 43): v - A^2/J >= -V.
+bool node18(PlannerState&, AxisPlan& r) { return r.curVel - peakAPulseVel(r) >= -r.maxVel; }
+
+// X[NegTri peak -A (v -> v - A^2/J), PosTrap(v - A^2/J -> vt)] >= pt; 15 when false.
+bool node19(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTriPeakA(x);
+    posTrap(x, r.tgtVel);
+    if (x.p >= r.tgtPos) return true;
+    r.step1Profile = mirrored(kStep1PtNT);
+    return false;
+}
+
+// X[NegTrap(v -> -V), PosTrap(-V -> vt)] >= pt: 7, else 13.
+bool node20(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTrap(x, -r.maxVel);
+    posTrap(x, r.tgtVel);
+    const bool beyond = x.p >= r.tgtPos;
+    r.step1Profile = beyond ? mirrored(kStep1PTZNT) : mirrored(kStep1PTNT);
+    return beyond;
+}
+
+// pt >= X[PosTri peak A (v -> v1), NegTri(v1 -> vt)]; 16 when false.
+bool node21(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTriPeakA(x);
+    negTri(x, r.tgtVel);
+    if (r.tgtPos >= x.p) return true;
+    r.step1Profile = kStep1PtNt;
+    return false;
+}
+
+// pt >= X[Z, PosTri(vz -> vt)]; when false release the acceleration.
+bool node22(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    Z(x);
+    posTri(x, r.tgtVel);
+    if (r.tgtPos >= x.p) return true;
+    appendAccToZero(r);
+    return false;
+}
+
+// Trial: whether the release-then-triangle (18) or release-then-trapezoid
+// (20) solver finds a motion, each run on a scratch copy of the record so
+// that the real curve stays untouched.
+bool node23(PlannerState&, AxisPlan& r) {
+    AxisPlan scratch = r;
+    bool ok = solveStep1PLNt(scratch);
+    r.coefDirty = true;
+    if (ok) {
+        r.step1Profile = kStep1PLNt;
+        return true;
+    }
+    scratch = r;
+    ok = solveStep1PLNT(scratch);
+    r.coefDirty = true;
+    if (ok) r.step1Profile = kStep1PLNT;
+    return ok;
+}
+
+// v - A^2/J > -V (strict)
+bool node24(PlannerState&, AxisPlan& r) { return r.curVel - peakAPulseVel(r) > -r.maxVel; }
+
+// Node 25 (also 28, 44): X[NegTri(v -> vt - A^2/J), PosTri peak A (-> vt)] >= pt;
+// 17 when false.
+bool node25(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTri(x, r.tgtVel - peakAPulseVel(r));
+    posTriPeakA(x);
+    if (x.p >= r.tgtPos) return true;
+    r.step1Profile = mirrored(kStep1PtNt);
+    return false;
+}
+
+// Node 26 (also 45): A^2/J - V >= vt.
+bool node26(PlannerState&, AxisPlan& r) { return peakAPulseVel(r) - r.maxVel >= r.tgtVel; }
+
+// X[NegTri(v -> -V), PosTri(-V -> vt)] >= pt: 5, else 17.
+bool node27(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTri(x, -r.maxVel);
+    posTri(x, r.tgtVel);
+    const bool beyond = x.p >= r.tgtPos;
+    r.step1Profile = beyond ? mirrored(kStep1PtZNt) : mirrored(kStep1PtNt);
+    return beyond;
+}
+
+// pt >= X[PosTri(v -> vt)]
+bool node29(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTri(x, r.tgtVel);
+    return r.tgtPos >= x.p;
+}
+
+// Node 30 (also 37, 49): V >= v + (2A^2 - a^2)/(2J).
+bool node30(PlannerState&, AxisPlan& r) { return r.maxVel >= fullPulseVel(r); }
+
+// X[NegTri(v -> -V), PosTrap(-V -> vt)] >= pt: 9, else 15.
+bool node31(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTri(x, -r.maxVel);
+    posTrap(x, r.tgtVel);
+    const bool beyond = x.p >= r.tgtPos;
+    r.step1Profile = beyond ? mirrored(kStep1PtZNT) : mirrored(kStep1PtNT);
+    return beyond;
+}
+
+// pt >= X[PosTri(v -> V), NegTri(V -> vt)]: 4, else 16.
+bool node32(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTri(x, r.maxVel);
+    negTri(x, r.tgtVel);
+    const bool beyond = r.tgtPos >= x.p;
+    r.step1Profile = beyond ? kStep1PtZNt : kStep1PtNt;
+    return beyond;
+}
+
+// pt >= X[Z, PosTri(vz -> vt)]: 18; when false release the acceleration.
+bool node33(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    Z(x);
+    posTri(x, r.tgtVel);
+    if (r.tgtPos >= x.p) {
+        r.step1Profile = kStep1PLNt;
+        return true;
+    }
+    appendAccToZero(r);
+    return false;
+}
+
+// vt >= v + (a^2/2 - A^2)/J
+bool node34(PlannerState&, AxisPlan& r) {
+    const double A = r.maxAcc, a = r.curAcc;
+    return r.tgtVel >= r.curVel + (a * a / 2.0 - A * A) / r.maxJerk;
+}
+
+// pt >= X[Z, NegTri(vz -> vt)]; when false release the acceleration.
+bool node35(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    Z(x);
+    negTri(x, r.tgtVel);
+    if (r.tgtPos >= x.p) return true;
+    appendAccToZero(r);
+    return false;
+}
+
+// vt >= v - a^2/(2J)
+bool node36(PlannerState&, AxisPlan& r) {
+    return r.tgtVel >= r.curVel - r.curAcc * r.curAcc / (2.0 * r.maxJerk);
+}
+
+// Node 38 (also 41): pt >= X[PosTri(v -> vt + A^2/J), NegTri peak -A]; 16 when false.
+bool node38(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTri(x, r.tgtVel + peakAPulseVel(r));
+    negTriPeakA(x);
+    if (r.tgtPos >= x.p) return true;
+    r.step1Profile = kStep1PtNt;
+    return false;
+}
+
+// pt >= X[PosTri peak A (v -> v1), NegTrap(v1 -> vt)]; 14 when false.
+bool node39(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTriPeakA(x);
+    negTrap(x, r.tgtVel);
+    if (r.tgtPos >= x.p) return true;
+    r.step1Profile = kStep1PtNT;
+    return false;
+}
+
+// pt >= X[PosTri(v -> V), NegTrap(V -> vt)]: 8, else 14.
+bool node42(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    posTri(x, r.maxVel);
+    negTrap(x, r.tgtVel);
+    const bool beyond = r.tgtPos >= x.p;
+    r.step1Profile = beyond ? kStep1PtZNT : kStep1PtNT;
+    return beyond;
+}
+
+// X[NegTrap(v -> -V), PosTri(-V -> vt)] >= pt: 3, else 11.
+bool node46(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTrap(x, -r.maxVel);
+    posTri(x, r.tgtVel);
+    const bool beyond = x.p >= r.tgtPos;
+    r.step1Profile = beyond ? mirrored(kStep1PTZNt) : mirrored(kStep1PTNt);
+    return beyond;
+}
+
+// X[NegTrap(v -> vt - A^2/J), PosTri peak A (-> vt)] >= pt, the hold being
+// (v - vt)/A; 11 when false.
+bool node47(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    negTrap(x, r.tgtVel - peakAPulseVel(r));
+    posTriPeakA(x);
+    if (x.p >= r.tgtPos) return true;
+    r.step1Profile = mirrored(kStep1PTNt);
+    return false;
+}
+
+// pt >= X[Z, NegTrap(vz -> vt)]; when false release the acceleration.
+bool node48(PlannerState&, AxisPlan& r) {
+    Reach x = reachFrom(r);
+    Z(x);
+    negTrap(x, r.tgtVel);
+    if (r.tgtPos >= x.p) return true;
+    appendAccToZero(r);
+    return false;
+}
+
+// Nodes 50-53 are not reachable from node 1; they are kept as they were.
+
+// v <= 0 and vt <= 0
+bool node50(PlannerState&, AxisPlan& r) { return r.curVel <= 0.0 && r.tgtVel <= 0.0; }
+
+// X' = X[PosTri(v -> vt)] with the jerk 1.1 J, and that triangle's peak.
+double stiffTriangleEnd(const AxisPlan& r) {
+    Reach x = reachFrom(r);
+    x.J = kDeadNodeJerkScale * r.maxJerk;
+    posTri(x, r.tgtVel);
+    return x.p;
+}
+
+double stiffTrianglePeak(const AxisPlan& r) {
+    const double a = r.curAcc;
+    return guardedRoot(((r.tgtVel - r.curVel) * 2.0 * kDeadNodeJerkScale * r.maxJerk + a * a) / 2.0);
+}
+
+// pt >= X' or A >= ap'; otherwise 1 and false.
+bool node51(PlannerState&, AxisPlan& r) {
+    if (r.tgtPos >= stiffTriangleEnd(r) || r.maxAcc >= stiffTrianglePeak(r)) return true;
+    r.step1Profile = kStep1Unreachable;
+    return false;
+}
+
+// v < 0 or vt < 0
+bool node52(PlannerState&, AxisPlan& r) { return r.curVel < 0.0 || r.tgtVel < 0.0; }
+
+// pt >= X' and A > ap': 1 and true; otherwise false.
+bool node53(PlannerState&, AxisPlan& r) {
+    if (r.tgtPos >= stiffTriangleEnd(r) && r.maxAcc > stiffTrianglePeak(r)) {
+        r.step1Profile = kStep1Unreachable;
+        return true;
+    }
+    return false;
+}
+
+const NodeFn kStep1Nodes[kStep1TreeNodeCount] = {
+    node0,           // 0  filler
+    prologueNode1,   // 1
+    prologueNode2,   // 2
+    prologueNode3,   // 3
+    prologueNode4,   // 4
+    overspeedPulse,  // 5
+    prologueNode6,   // 6
+    prologueNode7,   // 7
+    prologueNode8,   // 8
+    node9,           // 9
+    node10,          // 10
+    node11,          // 11
+    node12,          // 12
+    node13,          // 13
+    node14,          // 14
+    node15,          // 15
+    node16,          // 16
+    node17,          // 17
+    node18,          // 18
+    node19,          // 19
+    node20,          // 20
+    node21,          // 21
+    node22,          // 22
+    node23,          // 23
+    node24,          // 24
+    node25,          // 25
+    node26,          // 26
+    node27,          // 27
+    node25,          // 28 the test of node 25
+    node29,          // 29
+    node30,          // 30
+    node31,          // 31
+    node32,          // 32
+    node33,          // 33
+    node34,          // 34
+    node35,          // 35
+    node36,          // 36
+    node30,          // 37 the test of node 30
+    node38,          // 38
+    node39,          // 39
+    node12,          // 40 the test of node 12
+    node38,          // 41 the test of node 38
+    node42,          // 42
+    node18,          // 43 the test of node 18
+    node25,          // 44 the test of node 25
+    node26,          // 45 the test of node 26
+    node46,          // 46
+    node47,          // 47
+    node48,          // 48
+    node30,          // 49 the test of node 30
+    node50,          // 50
+    node51,          // 51
+    node52,          // 52
+    node53,          // 53
+};
+
+// Successor if true, successor if false; 0 stops the walk.
+const std::int32_t kStep1Successors[2 * kStep1TreeNodeCount] = {
+    0,  0,   // 0
+    2,  2,   // 1
+    3,  3,   // 2
+    4,  5,   // 3
+    9,  5,   // 4
+    6,  7,   // 5
+    9,  9,   // 6
+    8,  9,   // 7
+    9,  9,   // 8
+    10, 34,  // 9
+    11, 29,  // 10
+    12, 16,  // 11
+    13, 14,  // 12
+    0,  0,   // 13
+    15, 0,   // 14
+    0,  0,   // 15
+    17, 22,  // 16
+    0,  18,  // 17
+    19, 31,  // 18
+    20, 0,   // 19
+    0,  0,   // 20
+    12, 0,   // 21
+    23, 24,  // 22
+    0,  0,   // 23
+    25, 26,  // 24
+    19, 0,   // 25
+    27, 28,  // 26
+    0,  0,   // 27
+    31, 0,   // 28
+    30, 33,  // 29
+    21, 32,  // 30
+    0,  0,   // 31
+    0,  0,   // 32
+    0,  24,  // 33
+    35, 48,  // 34
+    36, 43,  // 35
+    30, 37,  // 36
+    38, 40,  // 37
+    39, 0,   // 38
+    15, 0,   // 39
+    32, 41,  // 40
+    42, 0,   // 41
+    0,  0,   // 42
+    44, 27,  // 43
+    45, 0,   // 44
+    46, 47,  // 45
+    0,  0,   // 46
+    20, 0,   // 47
+    49, 45,  // 48
+    39, 42,  // 49
+    51, 30,  // 50
+    30, 0,   // 51
+    33, 53,  // 52
+    0,  33,  // 53
+};
+
+}  // namespace
+
+// The pulse to -V is the minimum-time velocity change: a triangle when its
+// peak stays below A, else a trapezoid. The shapes count all their points but
+// the last; this node counts that one and continues from it.
+bool overspeedPulse(PlannerState&, AxisPlan& rec) {
+    const double V = rec.maxVel, A = rec.maxAcc, J = rec.maxJerk;
+    const double a = rec.curAcc;
+    rec.tgtVel = -V;
+    if ((A * A - a * a / 2.0) / J + rec.curVel > rec.tgtVel) {
+        velTriPulse(rec);
+    } else {
+        velTrapPulse(rec);
+    }
+    const int last = rec.pointCount;
+    rec.pointCount += 1;
+    rec.planTime = rec.secTime[last];
+    rec.tgtVel = 0.0;
+    rec.curAcc = 0.0;
+    rec.curVel = -V;
+    rec.curPos = rec.inv * rec.secPos[last];
+    return true;
+}
+
+const DecisionTree Step1Tree = {kStep1Nodes, kStep1Successors, kStep1TreeNodeCount};
+
+}  // namespace vekta
