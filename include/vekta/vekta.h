@@ -20,6 +20,64 @@
 #endif
 
 /*
+ * Plans a position-mode motion: every axis i < n from (curPos[i], curVel[i],
+ * curAcc[i]) to rest on tgtPos[i], within maxVel[i] and maxAcc[i], with the
+ * jerk limit maxAcc[i] x jerkRatio; with n = 6 all axes end at the same time.
+ * n must be 1 or 6; arrays hold one entry per axis and are only read; spare is
+ * not used. Sampling restarts on the new plan.
+ *
+ * Returns true (1) when every axis got a plan, false (0) otherwise; after a
+ * false result every sampling call returns 0 until an update succeeds.
+ *
+ * Prints "vekta: incorrect freedom number-%d!\n" for another n; otherwise,
+ * always, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n" with axis 0's
+ * target, state and frame sign and the period, followed by "(%f %f)" with the
+ * acceleration and time of every point of axis 0's curve and a newline.
+ * A failing plan also prints "step1 error:%d\n" (axis), or
+ * "step2 error: mStep2 %d profile %d\n" and/or "step2 error:ts %f idx %d\n"
+ * (common end time, axis), after the solver's own line.
+ */
+VEKTA_API bool vektaPostionModeParaUpd(int n, const double* tgtPos, const double* maxVel,
+                                       const double* maxAcc, double jerkRatio,
+                                       const double* curPos, const double* curVel,
+                                       const double* curAcc, double spare);
+
+/*
+ * Plans the fastest synchronised stop: every axis i < n from its present state
+ * to zero velocity, without a position condition (target positions are kept
+ * from the last position update). Same arguments, result and failure lines as
+ * vektaPostionModeParaUpd without tgtPos.
+ *
+ * Prints, always, "velUpd: pt %f p %f v %f a %f inv %d \n" with axis 0's
+ * values, and after a successful pass "Vel Time: max %f %f\t" (common end time,
+ * axis 0's end time) with "%f\t" for every further axis's end time ("diffs %f\t"
+ * when it differs from axis 0's by more than 0.002 s) and a newline.
+ */
+VEKTA_API bool vektaVelocityModeParaUpd(int n, const double* maxVel, const double* maxAcc,
+                                        double jerkRatio, const double* curPos,
+                                        const double* curVel, const double* curAcc,
+                                        double spare);
+
+/*
+ * Plans a catch-up with a conveyor that moves along axis 0 at conveyorVel: a
+ * position-mode plan from rest at 0 (axis 0 moving at -conveyorVel) to
+ * tgtPos[i], measured relative to the robot in the conveyor's frame at the
+ * moment of the call; axis 0's curve is then shifted back into the fixed frame
+ * and ends moving with the conveyor.
+ *
+ * Returns false at once, silently and without changing anything, when
+ * spare < 0.002. Returns false when the position update fails (with its
+ * lines), or when tgtPos[0] + (planned time x conveyorVel) >= conveyorLimit,
+ * printing "vekta: failed to catch up with conveyor-%f+%f>%f\n"; that plan
+ * stays in place and must not be sampled. Returns true otherwise. Prints the
+ * position update's "posUpd" line.
+ */
+VEKTA_API bool vektaPostionModeParaUpdConveyor(int n, double conveyorVel, double conveyorLimit,
+                                               const double* tgtPos, const double* maxVel,
+                                               const double* maxAcc, double jerkRatio,
+                                               double spare);
+
+/*
  * Samples the next periods of one axis's planned motion.
  *
  * Writes up to nSamples set-points (position, velocity, acceleration) taken at

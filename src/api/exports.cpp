@@ -1,5 +1,6 @@
-// The exported sampling entry points: thin wrappers over the default state.
+// The exported entry points: thin wrappers over the process-wide default state.
 #include "api/sampler.h"
+#include "api/updates.h"
 #include "vekta/vekta.h"
 
 using vekta::defaultState;
@@ -19,3 +20,24 @@ double getLeftMoveTime() { return vekta::leftMoveTime(defaultState()); }
 void setTestLevel(bool on) { defaultState().traceOn = on; }
 
 void vektaDebugInfo() {}
+
+bool vektaPostionModeParaUpd(int n, const double* tgtPos, const double* maxVel,
+                             const double* maxAcc, double jerkRatio, const double* curPos,
+                             const double* curVel, const double* curAcc, double /*spare*/) {
+    return vekta::positionUpdate(defaultState(), n, tgtPos, maxVel, maxAcc, jerkRatio, curPos,
+                                 curVel, curAcc);
+}
+
+bool vektaVelocityModeParaUpd(int n, const double* maxVel, const double* maxAcc, double jerkRatio,
+                              const double* curPos, const double* curVel, const double* curAcc,
+                              double /*spare*/) {
+    return vekta::velocityUpdate(defaultState(), n, maxVel, maxAcc, jerkRatio, curPos, curVel,
+                                 curAcc);
+}
+
+bool vektaPostionModeParaUpdConveyor(int n, double conveyorVel, double conveyorLimit,
+                                     const double* tgtPos, const double* maxVel,
+                                     const double* maxAcc, double jerkRatio, double spare) {
+    return vekta::conveyorUpdate(defaultState(), n, conveyorVel, conveyorLimit, tgtPos, maxVel,
+                                 maxAcc, jerkRatio, spare);
+}

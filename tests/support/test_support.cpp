@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "double_s.h"
+
 namespace vekta::test {
 
 std::unique_ptr<PlannerState> freshState() { return std::make_unique<PlannerState>(); }
@@ -80,17 +82,7 @@ void expectEndsAt(const AxisPlan& rec, double time, double pos, double vel, doub
 }
 
 double doubleSDuration(double distance, double V, double A, double J) {
-    // Time and distance to go from rest to velocity w and back to zero
-    // acceleration: a trapezoid when w >= A^2/J, a triangle otherwise.
-    auto rampTime = [&](double w) { return w >= A * A / J ? w / A + A / J : 2.0 * std::sqrt(w / J); };
-    const double tV = rampTime(V);
-    if (distance >= V * tV) return tV + distance / V;  // reaches V and cruises
-    // No cruise: the peak velocity w satisfies distance = w * rampTime(w).
-    if (distance <= 2.0 * A * A * A / (J * J)) {
-        return 4.0 * std::cbrt(distance / (2.0 * J));  // triangle acceleration pulses
-    }
-    const double w = (-A / J + std::sqrt(A * A / (J * J) + 4.0 * distance / A)) * A / 2.0;
-    return 2.0 * (w / A + A / J);
+    return sweep::doubleSDuration(distance, V, A, J);
 }
 
 }  // namespace vekta::test

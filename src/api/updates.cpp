@@ -1,0 +1,119 @@
+// Parameter updates: the only way a plan starts.
+//
+// Every update marks the plan as new before anything else, so that even a
+// rejected update makes the next sampling call re-validate; it then copies
+// the inputs, resets each axis's sampling cursor, plans, and records the
+// outcome, which sampling honours until the next successful update.
+#include "api/updates.h"
+
+#include <cstdio>
+
+#include "api/sampler.h"
+#include "planner/planning_pass.h"
+
+namespace vekta {
+
+namespace {
+
+// Below this the conveyor update is refused without a word.
+constexpr double kMinConveyorSpare = 0.002;
+
+bool acceptAxisCount(PlannerState& st, int n) {
+    st.newPlan = true;
+    if (n != kMaxAxes && n != 1) {
+        std::printf("vekta: incorrect freedom number-%d!\n", n);
+        st.planFailed = true;
+        return false;
+    }
+    st.axisCount = static_cast<std::int8_t>(n);
+    return true;
+}
+
+void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, double jerkRatio,
+              const double* curPos, const double* curVel, const double* curAcc) {
+    r.tgtVel = 0.0;
+    r.maxVel = maxVel[i];
+    r.maxAcc = maxAcc[i];
+    r.maxJerk = maxAcc[i] * jerkRatio;
+    r.curPos = curPos[i];
+    r.curVel = curVel[i];
+    r.curAcc = curAcc[i];
+    r.sampleCount = 0;
+    r.secCursor = 1;
+}
+
+int printablePoints(const AxisPlan& r) { return r.pointCount < kMaxPoints ? r.pointCount : kMaxPoints; }
+
+}  // namespace
+
+bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double* maxVel,
+                    const double* maxAcc, double jerkRatio, const double* curPos,
+                    const double* curVel, const double* curAcc) {
+    if (!acceptAxisCount(st, n)) return false;
+    for (int i = 0; i < n; ++i) {
+        AxisPlan& r = st.records[i];
+        copyAxis(r, i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
+        r.tgtPos = tgtPos[i];
+    }
+    const bool ok = planAxes(st, true);
+
+    const AxisPlan& r0 = st.records[0];
+    std::printf("posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
+                r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
+    for (int i = 0; i < printablePoints(r0); ++i) std::printf("(%f %f)", r0.secAcc[i], r0.secTime[i]);
+    std::printf("\n");
+
+    st.planFailed = !ok;
+    return ok;
+}
+
+bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double* maxAcc,
+                    double jerkRatio, const double* curPos, const double* curVel,
+                    const double* curAcc) {
+    if (!acceptAxisCount(st, n)) return false;
+    for (int i = 0; i < n; ++i) {
+        copyAxis(st.records[i], i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
+    }
+    const bool ok = planAxes(st, false);
+
+    const AxisPlan& r0 = st.records[0];
+    std::printf("velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
+                r0.curAcc, r0.inv);
+
+    st.planFailed = !ok;
+    return ok;
+}
+
+bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyorLimit,
+                    const double* tgtPos, const double* maxVel, const double* maxAcc,
+                    double jerkRatio, double spare) {
+    if (spare < kMinConveyorSpare) return false;
+
+    // In the conveyor's frame the robot starts at rest at 0 on every axis but
+    // axis 0, which moves backwards at the conveyor's speed.
+    const double zeros[kMaxAxes] = {};
+    double velocities[kMaxAxes] = {};
+    velocities[0] = -conveyorVel;
+    if (!positionUpdate(st, n, tgtPos, maxVel, maxAcc, jerkRatio, zeros, velocities, zeros)) {
+        return false;
+    }
+
+    // The catch-up must end before the conveyor target reaches the limit.
+    const double travel = leftMoveTime(st) * conveyorVel;
+    if (tgtPos[0] + travel >= conveyorLimit) {
+        std::printf("vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
+                    conveyorLimit);
+        return false;
+    }
+
+    // Back to the fixed frame: axis 0 moves with the conveyor on top of its plan.
+    AxisPlan& r0 = st.records[0];
+    for (int i = 0; i < printablePoints(r0); ++i) {
+        r0.secPos[i] += r0.secTime[i] * conveyorVel;
+        r0.secVel[i] += conveyorVel;
+    }
+    r0.tgtVel = conveyorVel;
+    return true;
+}
+
+}  // namespace vekta

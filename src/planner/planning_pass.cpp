@@ -1,0 +1,239 @@
+// The planning pass.
+//
+// Phase 1 gives every axis its own minimum-time curve: the step-1 tree
+// normalises the state (mirror to a non-negative acceleration, clip, recover
+// from over-speed), takes a snapshot and classifies; the solver of that id
+// appends the curve. The largest end time becomes the common end time.
+// Phase 2 (six axes) restores every other axis to its snapshot and re-plans
+// it with a step-2 profile that lasts exactly until the common end time.
+// Phase 3 reports velocity-mode end times.
+#include "planner/planning_pass.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "step1/step1_solvers.h"
+#include "step1/step1_tree.h"
+#include "step2/step2_tree.h"
+
+namespace vekta {
+
+namespace {
+
+constexpr int kStep2LastProfile = 27;
+constexpr double kEndTimeReportTolerance = 0.002;
+// Nodes the velocity-mode pass calls directly.
+constexpr int kStep1SnapshotNode = 9;
+constexpr int kStep1TrapezoidNode = 10;
+constexpr int kStep2RisingNode = 9;
+constexpr int kStep2HoldDownNode = 94;
+constexpr int kNoVelProfile = 8;
+
+// Index offset of the mirrored form: 0 in the working frame, 1 when mirrored.
+int frameOffset(int inv) { return (1 - inv) / 2; }
+
+// The profile found for a mirrored state is its partner for the real state
+// (2 <-> 3, ..., 20 <-> 21); 0 and 1 have no partner and fail anyway.
+int partnerProfile(int id) { return id >= 2 ? (id ^ 1) : id; }
+
+double lastTime(const AxisPlan& r) { return r.secTime[r.pointCount - 1]; }
+
+void resetCurve(AxisPlan& r) {
+    r.secTime[0] = 0.0;
+    r.secAcc[0] = r.curAcc;
+    r.secVel[0] = r.curVel;
+    r.secPos[0] = r.curPos;
+    r.pointCount = 1;
+    r.step1Ok = false;
+    r.coefDirty = true;
+}
+
+// Phase 1 of a position-mode plan for one axis.
+bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r) {
+    r.step1Profile = 0;
+    r.tgtVel = 0.0;
+    resetCurve(r);
+    walkStep1Position(st, *tb.step1Tree, r);
+
+    // The state as the walk left it, and its frame.
+    const double tgtPos = r.tgtPos, curPos = r.curPos, curVel = r.curVel;
+    const double curAcc = r.curAcc, tgtVel = r.tgtVel;
+    const int walkInv = r.inv;
+
+    // Solve in the caller's frame: undo the walk's mirror and take the partner shape.
+    if (r.inv == -1) {
+        negateState(r);
+        r.inv = 1;
+        r.step1Profile = partnerProfile(r.step1Profile);
+    }
+    const bool ok = tb.step1Solver(r);
+    if (ok) {
+        const double s = static_cast<double>(walkInv);
+        r.tgtPos = tgtPos * s;
+        r.curPos = curPos * s;
+        r.curVel = curVel * s;
+        r.curAcc = curAcc * s;
+        r.tgtVel = tgtVel * s;
+    }
+    r.pointCount += 1;  // the solver's last point
+    r.step1Ok = ok;
+    return ok;
+}
+
+// Phase 1 of a velocity-mode plan: the fastest change to tgtVel.
+bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r) {
+    r.velProfile = kNoVelProfile;
+    resetCurve(r);
+    walkStep1Velocity(st, *tb.step1Tree, r);
+    if (tb.step1Tree->nodes[kStep1SnapshotNode](st, r)) {
+        // Rising: a trapezoid when the change is large enough to reach the limit.
+        const bool trapezoid = tb.step1Tree->nodes[kStep1TrapezoidNode](st, r);
+        r.velProfile = frameOffset(r.inv) + (trapezoid ? 0 : 2);
+    } else {
+        // Falling: bring the acceleration to zero, then mirror into a rise.
+        appendAccToZero(r);
+        const double threshold =
+            r.curVel - (2.0 * r.maxAcc * r.maxAcc - r.curAcc * r.curAcc) * 0.5 / r.maxJerk;
+        const bool trapezoid =
+            r.tgtVel < threshold || std::isnan(r.tgtVel) || std::isnan(threshold);
+        mirrorAxis(r);
+        r.velProfile = frameOffset(r.inv) + (trapezoid ? 0 : 2);
+    }
+    const bool ok = tb.velModeSolvers[r.velProfile / 2](r);
+    r.pointCount += 1;
+    return ok;
+}
+
+void restoreSnapshot(AxisPlan& r) {
+    r.curPos = r.snapPos;
+    r.pointCount = r.snapPointCount;
+    r.curVel = r.snapVel;
+    r.curAcc = r.snapAcc;
+    r.tgtPos = r.snapTgtPos;
+    r.tgtVel = r.snapTgtVel;
+}
+
+// Phase 2 of a position-mode plan for one axis: end exactly at maxT.
+bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+                       double maxT) {
+    r.inv = r.snapInv;
+    r.planTime = r.snapPlanTime;
+    r.remTime = maxT - lastTime(r);
+    walkStep2(st, *tb.step2Tree, r);
+
+    const int id = r.step2Profile;
+    if (id > kStep2LastProfile) {
+        std::printf("step2 error: mStep2 %d profile %d\n", 0, id);
+        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        return false;
+    }
+    // An odd id is the even shape solved on the mirrored state.
+    if (id % 2 != 0) {
+        r.step2Profile = id - 1;
+        mirrorAxis(r);
+    }
+    const int nameIndex = frameOffset(r.inv) + r.step2Profile;
+    st.profileUseCount[nameIndex] += 1;
+    const bool ok = tb.step2Solvers[r.step2Profile / 2](st, r);
+    if (st.traceOn) std::printf("%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
+    if (r.inv == -1) mirrorAxis(r);
+    r.secPos[r.pointCount - 1] = r.tgtPos;  // pinned exactly on the target
+    if (!ok) {
+        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        return false;
+    }
+    return true;
+}
+
+// Phase 2 of a velocity-mode plan for one axis: reach tgtVel exactly at maxT.
+bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+                       double maxT) {
+    r.planTime = r.snapPlanTime;
+    r.inv = r.snapInv;
+    r.remTime = maxT - r.snapPlanTime;
+    if (tb.step2Tree->nodes[kStep2RisingNode](st, r)) {
+        const int holdDown = tb.step2Tree->nodes[kStep2HoldDownNode](st, r) ? 6 : 4;
+        r.velProfile = holdDown + frameOffset(r.snapInv);
+    } else {
+        appendAccToZero(r);
+        mirrorAxis(r);
+        r.velProfile = 4 + frameOffset(r.inv);
+    }
+    const bool ok = tb.velModeSolvers[r.velProfile / 2](r);
+    r.pointCount += 1;
+    if (!ok) {
+        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        return false;
+    }
+    return true;
+}
+
+// Velocity mode: how far each axis's end time lies from axis 0's.
+void reportVelocityEndTimes(const PlannerState& st, double maxT) {
+    const double t0 = lastTime(st.records[0]);
+    std::printf("Vel Time: max %f %f\t", maxT, t0);
+    for (int i = 1; i < st.axisCount; ++i) {
+        const double t = lastTime(st.records[i]);
+        if (std::fabs(t0 - t) > kEndTimeReportTolerance) {
+            std::printf("diffs %f\t", t);
+        } else {
+            std::printf("%f\t", t);
+        }
+    }
+    std::printf("\n");
+}
+
+}  // namespace
+
+const PlannerTables& defaultTables() {
+    static const PlannerTables tables = {&Step1Tree, &Step2Tree, runStep1Solver, step2Solvers,
+                                         velModeSolvers};
+    return tables;
+}
+
+bool planAxes(PlannerState& st, bool positionMode) {
+    return planAxesWith(st, positionMode, defaultTables());
+}
+
+bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) {
+    double maxT = -1.0;
+
+    // Phase 1: every axis's minimum-time curve; the slowest sets the end time.
+    for (int i = 0; i < st.axisCount; ++i) {
+        AxisPlan& r = st.records[i];
+        r.inv = 1;
+        r.planTime = 0.0;
+        const bool ok = positionMode ? planStep1Position(st, tb, r) : planStep1Velocity(st, tb, r);
+        if (!ok) {
+            std::printf("step1 error:%d\n", i);
+            return false;
+        }
+        const double t = lastTime(r);
+        if (t > maxT) {  // strictly: of equal times the lower axis wins
+            maxT = t;
+            st.slowestAxis = static_cast<std::int8_t>(i);
+        }
+    }
+
+    // Phase 2: the other axes of a six-axis plan end together with the slowest.
+    if (st.axisCount == kMaxAxes) {
+        if (st.traceOn) {
+            std::printf("step1:ts %f idx %d\n", maxT, st.slowestAxis);
+            std::puts("--------------------");
+        }
+        for (int i = 0; i < kMaxAxes; ++i) {
+            if (i == st.slowestAxis) continue;
+            AxisPlan& r = st.records[i];
+            restoreSnapshot(r);
+            const bool ok = positionMode ? planStep2Position(st, tb, r, i, maxT)
+                                         : planStep2Velocity(st, tb, r, i, maxT);
+            if (!ok) return false;
+        }
+    }
+
+    // Phase 3.
+    if (!positionMode) reportVelocityEndTimes(st, maxT);
+    return true;
+}
+
+}  // namespace vekta

@@ -1,0 +1,36 @@
+// The planning pass: minimum-time profiles for every axis, the common end
+// time, and the synchronisation of the other axes to it.
+#ifndef VEKTA_PLANNER_PLANNING_PASS_H
+#define VEKTA_PLANNER_PLANNING_PASS_H
+
+#include "planner/decision_tree.h"
+#include "solvers/step2_solvers.h"
+#include "solvers/vel_shapes.h"
+#include "state/planner_state.h"
+
+namespace vekta {
+
+// Everything the pass dispatches to: the two trees and the solver tables.
+struct PlannerTables {
+    const DecisionTree* step1Tree;
+    const DecisionTree* step2Tree;
+    bool (*step1Solver)(AxisPlan& rec);  // by rec.step1Profile
+    const Step2Solver* step2Solvers;     // 14, by step-2 profile / 2
+    const VelShapeFn* velModeSolvers;    // 4, by velProfile / 2
+};
+
+// The library's own trees and solvers.
+const PlannerTables& defaultTables();
+
+// Plan records[0 .. axisCount - 1] from the inputs copied into them.
+// positionMode: reach tgtPos at rest; otherwise the fastest synchronised
+// change of every axis to tgtVel (a stop). Returns true when every axis got
+// a profile; the first failure prints its line and ends the pass with false.
+bool planAxes(PlannerState& st, bool positionMode);
+
+// The same pass over other trees and solvers (tests provoke failures with it).
+bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tables);
+
+}  // namespace vekta
+
+#endif
