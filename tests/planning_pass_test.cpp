@@ -21,14 +21,7 @@ int g_step2SeenInv = 0;
 
 // Step-1 stand-in tree: node 1 takes the snapshot and classifies.
 bool fakeStep1Node(PlannerState&, AxisPlan& r) {
-    r.snapPointCount = r.pointCount;
-    r.snapInv = r.inv;
-    r.snapPos = r.curPos;
-    r.snapVel = r.curVel;
-    r.snapAcc = r.curAcc;
-    r.snapTgtPos = r.tgtPos;
-    r.snapTgtVel = r.tgtVel;
-    r.snapPlanTime = r.planTime;
+    takeSnapshot(r);
     r.step1Profile = g_step1Id;
     return true;
 }

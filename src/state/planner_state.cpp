@@ -40,6 +40,17 @@ int appendAccToZero(AxisPlan& rec) {
     return rec.pointCount;
 }
 
+void takeSnapshot(AxisPlan& rec) {
+    rec.snapPointCount = rec.pointCount;
+    rec.snapPlanTime = rec.planTime;
+    rec.snapPos = rec.curPos;
+    rec.snapVel = rec.curVel;
+    rec.snapAcc = rec.curAcc;
+    rec.snapTgtPos = rec.tgtPos;
+    rec.snapTgtVel = rec.tgtVel;
+    rec.snapInv = rec.inv;
+}
+
 void negateState(AxisPlan& rec) {
     rec.curPos = -rec.curPos;
     rec.tgtPos = -rec.tgtPos;

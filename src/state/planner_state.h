@@ -110,6 +110,10 @@ void appendPoint(AxisPlan& rec);
 // Returns the new pointCount.
 int appendAccToZero(AxisPlan& rec);
 
+// Record the prepared state (point count, plan time, the five state fields and
+// the frame sign) as the snapshot both planning steps start from.
+void takeSnapshot(AxisPlan& rec);
+
 // Negate the five state fields (curPos, tgtPos, curVel, tgtVel, curAcc).
 void negateState(AxisPlan& rec);
 

@@ -135,14 +135,7 @@ double peakAPulseVel(const AxisPlan& r) { return r.maxAcc * r.maxAcc / r.maxJerk
 
 // Node 9, "Variant B": snapshot of the prepared state; vt >= v + a^2/(2J).
 bool node9(PlannerState&, AxisPlan& r) {
-    r.snapPointCount = r.pointCount;
-    r.snapPlanTime = r.planTime;
-    r.snapPos = r.curPos;
-    r.snapVel = r.curVel;
-    r.snapAcc = r.curAcc;
-    r.snapTgtPos = r.tgtPos;
-    r.snapTgtVel = r.tgtVel;
-    r.snapInv = r.inv;
+    takeSnapshot(r);
     // Cannot happen after node 1's mirror; a diagnostic only.
     if (r.curAcc < 0.0) std::puts("Variant B error");
     return r.tgtVel >= releasedVel(r);
