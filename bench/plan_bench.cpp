@@ -17,7 +17,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
+#include <deque>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -121,8 +123,7 @@ void sampleTimes(benchmark::State& state, const std::vector<Motion>& set) {
 
 void registerAll() {
     static const char* const startNames[4] = {"rest", "moving", "beyond", "all"};
-    static std::vector<std::vector<Motion>> sets;  // the benchmarks keep references
-    sets.reserve(16);
+    static std::deque<std::vector<Motion>> sets;  // grows without moving: the benchmarks keep references
     for (int axes : {1, 6}) {
         for (int s = 0; s < 4; ++s) {
             sets.push_back(drawSet(axes, Mode::Position, static_cast<Starts>(s)));
@@ -146,6 +147,18 @@ void registerAll() {
             ->UseManualTime()
             ->Unit(benchmark::kMicrosecond);
     }
+    // A single-axis plan reports every sample that lies below zero or falls
+    // back towards it; the same moves from 0 upwards show the sampler alone.
+    std::vector<Motion> upwards = drawSet(1, Mode::Position, Starts::Rest);
+    for (Motion& m : upwards) {
+        m.tgt[0] = std::fabs(m.tgt[0] - m.pos[0]);
+        m.pos[0] = 0.0;
+    }
+    sets.push_back(upwards);
+    benchmark::RegisterBenchmark("sample/position/axes:1/start:rest-from-zero-upwards", sampleTimes,
+                                 std::cref(sets.back()))
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond);
 }
 
 }  // namespace

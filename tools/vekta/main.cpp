@@ -123,17 +123,18 @@ Motion readMotionFile(const std::string& path) {
 class ProgressBar {
 public:
     ProgressBar(std::uint64_t total, bool shown) : total_(total), shown_(shown) {}
+    // Redrawn at most ten times a second, and once at the end.
     void update(std::uint64_t done, long failing) {
         if (!shown_ || total_ == 0) return;
-        const int permille = static_cast<int>(done * 1000 / total_);
-        if (permille == lastPermille_ && done != total_) return;
-        lastPermille_ = permille;
+        const auto now = std::chrono::steady_clock::now();
+        if (now - lastDraw_ < std::chrono::milliseconds(100) && done != total_) return;
+        lastDraw_ = now;
         constexpr int kWidth = 40;
-        const int filled = permille * kWidth / 1000;
-        const double seconds =
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+        const int filled = static_cast<int>(done * kWidth / total_);
+        const double seconds = std::chrono::duration<double>(now - start_).count();
         std::fprintf(stderr, "\r[%.*s%*s] %5.1f%%  %llu/%llu motions  %ld failing  %.1f s", filled,
-                     "########################################", kWidth - filled, "", permille / 10.0,
+                     "########################################", kWidth - filled, "",
+                     100.0 * static_cast<double>(done) / static_cast<double>(total_),
                      static_cast<unsigned long long>(done), static_cast<unsigned long long>(total_), failing,
                      seconds);
     }
@@ -144,8 +145,8 @@ public:
 private:
     std::uint64_t total_;
     bool shown_;
-    int lastPermille_ = -1;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point lastDraw_{};
 };
 
 Motion fromSweep(const sweep::Motion& s) {
@@ -254,8 +255,8 @@ void benchPlans(std::FILE* out, const std::vector<sweep::Motion>& set, int repea
     }
     std::vector<double> sorted = best;
     std::sort(sorted.begin(), sorted.end());
-    std::fprintf(out, "plan, %d ax%s  %10.2f %10.2f %10.2f %10.2f   (%zu motions x %d)\n", set[0].axes,
-                 set[0].axes == 1 ? "is" : "es", total / calls / 1000.0, sorted[sorted.size() / 2] / 1000.0,
+    const std::string label = set[0].axes == 1 ? "plan, 1 axis" : "plan, 6 axes";
+    std::fprintf(out, "%-14s %10.2f %10.2f %10.2f %10.2f   (%zu motions x %d)\n", label.c_str(), total / calls / 1000.0, sorted[sorted.size() / 2] / 1000.0,
                  sorted[sorted.size() * 99 / 100] / 1000.0, sorted.back() / 1000.0, set.size(), repeat);
 }
 
@@ -277,8 +278,8 @@ void benchSamples(std::FILE* out, const std::vector<sweep::Motion>& set) {
         }
         total += nanoseconds(Clock::now() - t0);
     }
-    std::fprintf(out, "sample, 1 axis  %10.1f ns per call over %ld calls\n", total / static_cast<double>(samples),
-                 samples);
+    std::fprintf(out, "%-14s %10.1f ns per call (one axis, one period; %ld calls over the 6-axis motions)\n",
+                 "sample", total / static_cast<double>(samples), samples);
 }
 
 int bench(const BenchOptions& b) {
