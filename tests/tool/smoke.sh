@@ -59,6 +59,7 @@ grep -q '^sweep: seed 3, 300 motions' verify.out || fail "verify: no summary"
 [ ! -s verify.err ] || fail "verify: progress bar on a non-terminal: $(head -c 200 verify.err)"
 "$vekta" verify --seed 3 --case 0 > replay.out || true
 grep -qE '^planned .* periods;' replay.out || fail "verify --case: no outcome line"
+grep -qE '^(posUpd|velUpd):' replay.out || fail "verify --case: the library's output is not shown"
 
 # bench: a quick look.
 "$vekta" bench --count 20 --repeat 2 > bench.out || fail "bench"

@@ -119,7 +119,7 @@ void printTable(std::FILE* out, const Trajectory& tr) {
         return;
     }
     std::fprintf(out, "planned duration %.6f s (axis 0); sampled every %g s\n", tr.plannedTime, kPeriod);
-    std::fprintf(out, "%4s %9s %9s %9s %9s %17s %17s %19s %7s\n", "axis", "start", "target", "end", "done at",
+    std::fprintf(out, "%4s %9s %9s %9s %9s  %-19s %-19s %-20s %6s\n", "axis", "start", "target", "end", "done at",
                  "peak |v| / limit", "peak |a| / limit", "peak |j| / limit", "period");
     for (int i = 0; i < m.axes; ++i) {
         const AxisSummary& s = tr.axis[i];
@@ -136,7 +136,7 @@ void printTable(std::FILE* out, const Trajectory& tr) {
             std::snprintf(doneAt, sizeof doneAt, "%.3f s", s.finishedPeriod * kPeriod);
             std::snprintf(period, sizeof period, "%d", s.finishedPeriod);
         }
-        std::fprintf(out, "%4d %9.4f %9s %9.4f %9s %8.4f / %-6g %8.4f / %-6g %9.3f / %-6g %7s\n", i, s.start,
+        std::fprintf(out, "%4d %9.4f %9s %9.4f %9s  %8.4f / %-8.4g %8.4f / %-8.4g %9.3f / %-8.4g %6s\n", i, s.start,
                      target, s.end, doneAt, s.peakVel, m.maxVel[i], s.peakAcc, m.maxAcc[i], s.peakJerk,
                      tr.jerkLimit(i), period);
     }
