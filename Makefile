@@ -2,7 +2,7 @@
 #   make test   install what is missing, build with the sanitizers, run every test
 #   make build  the same build without running the tests
 #   make demo   build the vekta tool (release) and run its demo: table, CSV, PNG
-#   make bench  the Google Benchmark suite on a release build
+#   make bench  the Google Benchmark suite on a release build (BENCH_ARGS=... passed on)
 PRESET ?= ci
 JOBS ?= $(shell nproc)
 
@@ -26,7 +26,7 @@ demo: deps
 bench: deps
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target vekta_bench
-	build/release/bench/vekta_bench
+	build/release/bench/vekta_bench $(BENCH_ARGS)
 
 deps:
 	@bash tools/install-deps.sh

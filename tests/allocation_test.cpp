@@ -20,6 +20,14 @@ long allocations = 0;  // the library is single-threaded, and so is this test
 }
 
 #if defined(__SANITIZE_ADDRESS__)
+#define VEKTA_TEST_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEKTA_TEST_ASAN 1
+#endif
+#endif
+
+#if defined(VEKTA_TEST_ASAN)
 
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
                                                          void (*onFree)(const volatile void*));
