@@ -1,10 +1,12 @@
 # Thin wrapper over the CMake presets.
 #   make test   install what is missing, build with the sanitizers, run every test
 #   make build  the same build without running the tests
+#   make demo   build the vekta tool (release) and run its demo: table, CSV, PNG
+#   make bench  the Google Benchmark suite on a release build (BENCH_ARGS=... passed on)
 PRESET ?= ci
 JOBS ?= $(shell nproc)
 
-.PHONY: test build deps clean
+.PHONY: test build deps clean demo bench
 
 test: build
 	ctest --preset $(PRESET) -j $(JOBS)
@@ -12,6 +14,19 @@ test: build
 build: deps
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) -j $(JOBS)
+
+DEMO_DIR ?= build/demo
+
+demo: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target vekta-cli
+	mkdir -p $(DEMO_DIR)
+	build/release/tools/vekta demo --csv $(DEMO_DIR)/vekta-demo.csv --plot $(DEMO_DIR)/vekta-demo.png
+
+bench: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target vekta_bench
+	build/release/bench/vekta_bench $(BENCH_ARGS)
 
 deps:
 	@bash tools/install-deps.sh

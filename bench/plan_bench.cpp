@@ -1,0 +1,196 @@
+// Plan and sample times of the shared library, measured with Google Benchmark.
+//
+// The motions are a fixed set drawn by the sweep (seed 1, position updates of
+// every start class: from rest, moving, beyond a limit), so that the numbers
+// cover the whole decision tree rather than one lucky shape. Every plan is
+// timed on its own: the reported time is the mean over the set, and the
+// counters add the mean of every motion's fastest repetition (the planner's
+// own cost, without the machine's interrupts and preemption), the slowest
+// motion of the set (its fastest repetition) and the slowest single call
+// (which also carries the machine's interrupts).
+//
+// The library prints on every update; its standard output goes to /dev/null
+// here, the report to the original standard output.
+#include <benchmark/benchmark.h>
+#include <ext/stdio_filebuf.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <deque>
+#include <functional>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "sweep.h"
+#include "vekta/vekta.h"
+
+namespace {
+
+using vekta::sweep::Mode;
+using vekta::sweep::Motion;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kSetSize = 1000;
+constexpr std::uint64_t kSeed = 1;
+constexpr int kMaxPeriods = 40000;
+
+// Which starts a set holds: one class of the sweep, or all of them mixed as
+// the sweep draws them.
+enum class Starts { Rest, Moving, Beyond, All };
+
+// The first kSetSize motions of the sweep with this axis count, mode and start.
+std::vector<Motion> drawSet(int axes, Mode mode, Starts starts) {
+    std::vector<Motion> set;
+    for (std::uint64_t i = 0; set.size() < kSetSize; ++i) {
+        const Motion m = vekta::sweep::drawMotion(kSeed, i);
+        if (m.axes != axes || m.mode != mode) continue;
+        if (starts != Starts::All && static_cast<int>(m.start) != static_cast<int>(starts)) continue;
+        set.push_back(m);
+    }
+    return set;
+}
+
+bool plan(const Motion& m) {
+    return m.mode == Mode::Position
+               ? vektaPostionModeParaUpd(m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0)
+               : vektaVelocityModeParaUpd(m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0);
+}
+
+double seconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
+
+// One iteration plans one motion of the set, in turn.
+void planTimes(benchmark::State& state, const std::vector<Motion>& set) {
+    std::vector<double> best(set.size(), 1e300);
+    double total = 0.0, slowestCall = 0.0;
+    std::size_t k = 0;
+    for (auto _ : state) {
+        const auto t0 = Clock::now();
+        const bool ok = plan(set[k]);
+        const double s = seconds(Clock::now() - t0);
+        benchmark::DoNotOptimize(ok);
+        state.SetIterationTime(s);
+        total += s;
+        best[k] = std::min(best[k], s);
+        slowestCall = std::max(slowestCall, s);
+        if (++k == set.size()) k = 0;
+    }
+    double worst = 0.0, bestSum = 0.0;
+    int timed = 0;
+    for (double b : best) {
+        if (b >= 1e300) continue;
+        worst = std::max(worst, b);
+        bestSum += b;
+        ++timed;
+    }
+    const double n = static_cast<double>(state.iterations());
+    state.counters["mean_us"] = total / n * 1e6;
+    state.counters["mean_of_best_us"] = timed > 0 ? bestSum / timed * 1e6 : 0.0;
+    state.counters["worst_motion_us"] = worst * 1e6;
+    state.counters["slowest_call_us"] = slowestCall * 1e6;
+    state.counters["motions"] = timed;
+}
+
+// One iteration samples one planned motion of the set to its end, every axis
+// once per period; the update before it is not timed.
+void sampleTimes(benchmark::State& state, const std::vector<Motion>& set) {
+    double total = 0.0;
+    long samples = 0;
+    std::size_t k = 0;
+    double pos = 0.0, vel = 0.0, acc = 0.0;
+    for (auto _ : state) {
+        while (!plan(set[k])) k = (k + 1) % set.size();
+        const Motion& m = set[k];
+        long calls = 0;
+        const auto t0 = Clock::now();
+        bool done = false;
+        for (int period = 0; !done && period < kMaxPeriods; ++period) {
+            done = true;
+            for (int i = 0; i < m.axes; ++i) {
+                int count = 0;
+                done &= vektaPositionModePerFreedom(i, 1, &pos, &vel, &acc, count) == 1;
+                benchmark::DoNotOptimize(pos);
+            }
+            calls += m.axes;
+        }
+        const double s = seconds(Clock::now() - t0);
+        state.SetIterationTime(s);
+        total += s;
+        samples += calls;
+        k = (k + 1) % set.size();
+    }
+    state.SetItemsProcessed(samples);
+    state.counters["ns_per_sample"] = total / static_cast<double>(samples) * 1e9;
+}
+
+void registerAll() {
+    static const char* const startNames[4] = {"rest", "moving", "beyond", "all"};
+    static std::deque<std::vector<Motion>> sets;  // grows without moving: the benchmarks keep references
+    for (int axes : {1, 6}) {
+        for (int s = 0; s < 4; ++s) {
+            sets.push_back(drawSet(axes, Mode::Position, static_cast<Starts>(s)));
+            const std::string name = "plan/position/axes:" + std::to_string(axes) + "/start:" + startNames[s];
+            benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()))
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
+        }
+    }
+    for (int axes : {1, 6}) {
+        sets.push_back(drawSet(axes, Mode::Velocity, Starts::All));
+        const std::string name = "plan/stop/axes:" + std::to_string(axes) + "/start:all";
+        benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()))
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
+    }
+    for (int axes : {1, 6}) {
+        sets.push_back(drawSet(axes, Mode::Position, Starts::All));
+        const std::string name = "sample/position/axes:" + std::to_string(axes) + "/start:all";
+        benchmark::RegisterBenchmark(name.c_str(), sampleTimes, std::cref(sets.back()))
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
+    }
+    // A single-axis plan reports every sample that lies below zero or falls
+    // back towards it; the same moves from 0 upwards show the sampler alone.
+    std::vector<Motion> upwards = drawSet(1, Mode::Position, Starts::Rest);
+    for (Motion& m : upwards) {
+        m.tgt[0] = std::fabs(m.tgt[0] - m.pos[0]);
+        m.pos[0] = 0.0;
+    }
+    sets.push_back(upwards);
+    benchmark::RegisterBenchmark("sample/position/axes:1/start:rest-from-zero-upwards", sampleTimes,
+                                 std::cref(sets.back()))
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    registerAll();
+
+    // The library's prints to /dev/null, the report to where stdout was.
+    std::fflush(stdout);
+    const int reportFd = dup(STDOUT_FILENO);
+    const int devNull = open("/dev/null", O_WRONLY);
+    if (reportFd < 0 || devNull < 0) return 1;
+    const bool colour = isatty(reportFd) != 0;
+    dup2(devNull, STDOUT_FILENO);
+    close(devNull);
+    __gnu_cxx::stdio_filebuf<char> reportBuf(reportFd, std::ios::out);
+    std::ostream report(&reportBuf);
+
+    benchmark::ConsoleReporter console(colour ? benchmark::ConsoleReporter::OO_ColorTabular
+                                              : benchmark::ConsoleReporter::OO_Tabular);
+    console.SetOutputStream(&report);
+    console.SetErrorStream(&std::cerr);
+    benchmark::RunSpecifiedBenchmarks(&console);
+    benchmark::Shutdown();
+    report.flush();
+    return 0;
+}

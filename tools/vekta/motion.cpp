@@ -1,0 +1,221 @@
+#include "motion.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+namespace vekta::cli {
+
+namespace {
+
+using nlohmann::json;
+
+[[noreturn]] void fail(const std::string& message) { throw std::runtime_error(message); }
+
+Mode parseMode(const std::string& name) {
+    if (name == "position") return Mode::Position;
+    if (name == "velocity") return Mode::Velocity;
+    if (name == "conveyor") return Mode::Conveyor;
+    fail("mode must be \"position\", \"velocity\" or \"conveyor\", not \"" + name + "\"");
+}
+
+// Every key of `obj` must be one of `known`: a misspelt key would otherwise
+// silently fall back to its default.
+void rejectUnknownKeys(const json& obj, const std::set<std::string>& known, const std::string& where) {
+    for (auto it = obj.begin(); it != obj.end(); ++it) {
+        if (known.count(it.key()) == 0) fail(where + ": unknown key \"" + it.key() + "\"");
+    }
+}
+
+double number(const json& obj, const char* key, const std::string& where, bool required, double fallback) {
+    const auto it = obj.find(key);
+    if (it == obj.end()) {
+        if (required) fail(where + ": \"" + key + "\" is missing");
+        return fallback;
+    }
+    if (!it->is_number()) fail(where + ": \"" + key + "\" must be a number");
+    const double x = it->get<double>();
+    if (!std::isfinite(x)) fail(where + ": \"" + key + "\" must be finite");
+    return x;
+}
+
+const json& object(const json& obj, const char* key, const std::string& where) {
+    const auto it = obj.find(key);
+    if (it == obj.end()) fail(where + ": \"" + key + "\" is missing");
+    if (!it->is_object()) fail(where + ": \"" + key + "\" must be an object");
+    return *it;
+}
+
+// The checks every motion must pass, wherever it came from.
+void validate(const Motion& m) {
+    if (m.axes != 1 && m.axes != kMaxAxes) {
+        fail("a motion has 1 or 6 axes, not " + std::to_string(m.axes));
+    }
+    if (!(m.jerkRatio > 0.0) || !std::isfinite(m.jerkRatio)) fail("the jerk ratio must be positive");
+    for (int i = 0; i < m.axes; ++i) {
+        if (!(m.maxVel[i] > 0.0) || !(m.maxAcc[i] > 0.0)) {
+            fail("axis " + std::to_string(i) + ": the velocity and acceleration limits must be positive");
+        }
+    }
+    if (m.mode == Mode::Conveyor && !(m.conveyorVel >= 0.0)) fail("the conveyor velocity must not be negative");
+}
+
+}  // namespace
+
+const char* modeName(Mode m) {
+    switch (m) {
+        case Mode::Position:
+            return "position";
+        case Mode::Velocity:
+            return "velocity";
+        case Mode::Conveyor:
+            return "conveyor";
+    }
+    return "?";
+}
+
+Motion demoMotion() {
+    Motion m;
+    m.mode = Mode::Position;
+    m.axes = 6;
+    m.jerkRatio = 10.0;
+    // Base, shoulder and elbow are slower than the wrist axes.
+    const double pos[6] = {0.0, -0.3, 0.5, 1.0, -0.2, 0.0};
+    const double vel[6] = {0.0, 0.6, 0.0, 0.0, 0.0, 0.0};
+    const double acc[6] = {0.0, 1.5, 0.0, 0.0, 0.0, 0.0};
+    const double tgt[6] = {1.2, -0.9, 1.4, -1.0, 0.2, 3.1};
+    const double maxVel[6] = {2.0, 1.8, 2.2, 3.0, 3.0, 4.0};
+    const double maxAcc[6] = {6.0, 5.0, 7.0, 10.0, 10.0, 14.0};
+    for (int i = 0; i < 6; ++i) {
+        m.pos[i] = pos[i];
+        m.vel[i] = vel[i];
+        m.acc[i] = acc[i];
+        m.tgt[i] = tgt[i];
+        m.maxVel[i] = maxVel[i];
+        m.maxAcc[i] = maxAcc[i];
+    }
+    return m;
+}
+
+Motion motionFromJson(const json& j) {
+    if (!j.is_object()) fail("a motion is a JSON object");
+    rejectUnknownKeys(j, {"mode", "jerkRatio", "axes", "conveyor"}, "motion");
+    Motion m;
+    const auto mode = j.find("mode");
+    if (mode != j.end()) {
+        if (!mode->is_string()) fail("motion: \"mode\" must be a string");
+        m.mode = parseMode(mode->get<std::string>());
+    }
+    m.jerkRatio = number(j, "jerkRatio", "motion", true, 0.0);
+
+    const auto axes = j.find("axes");
+    if (axes == j.end() || !axes->is_array()) fail("motion: \"axes\" must be an array of 1 or 6 axes");
+    if (axes->size() != 1 && axes->size() != kMaxAxes) {
+        fail("motion: \"axes\" must hold 1 or 6 axes, not " + std::to_string(axes->size()));
+    }
+    m.axes = static_cast<int>(axes->size());
+    const bool needsTarget = m.mode != Mode::Velocity;
+    for (int i = 0; i < m.axes; ++i) {
+        const json& a = (*axes)[i];
+        const std::string where = "axis " + std::to_string(i);
+        if (!a.is_object()) fail(where + ": must be an object");
+        rejectUnknownKeys(a, {"position", "velocity", "acceleration", "target", "limits"}, where);
+        m.pos[i] = number(a, "position", where, false, 0.0);
+        m.vel[i] = number(a, "velocity", where, false, 0.0);
+        m.acc[i] = number(a, "acceleration", where, false, 0.0);
+        m.tgt[i] = number(a, "target", where, needsTarget, m.pos[i]);
+        const json& limits = object(a, "limits", where);
+        rejectUnknownKeys(limits, {"velocity", "acceleration"}, where + " limits");
+        m.maxVel[i] = number(limits, "velocity", where + " limits", true, 0.0);
+        m.maxAcc[i] = number(limits, "acceleration", where + " limits", true, 0.0);
+    }
+
+    const auto conveyor = j.find("conveyor");
+    if (m.mode == Mode::Conveyor) {
+        const json& c = object(j, "conveyor", "motion");
+        rejectUnknownKeys(c, {"velocity", "limit", "spare"}, "conveyor");
+        m.conveyorVel = number(c, "velocity", "conveyor", true, 0.0);
+        m.conveyorLimit = number(c, "limit", "conveyor", true, 0.0);
+        m.spare = number(c, "spare", "conveyor", false, 1.0);
+    } else if (conveyor != j.end()) {
+        fail("motion: \"conveyor\" is only read in the conveyor mode");
+    }
+    validate(m);
+    return m;
+}
+
+json motionToJson(const Motion& m) {
+    json j;
+    j["mode"] = modeName(m.mode);
+    j["jerkRatio"] = m.jerkRatio;
+    json axes = json::array();
+    for (int i = 0; i < m.axes; ++i) {
+        json a;
+        if (m.mode != Mode::Conveyor) {
+            a["position"] = m.pos[i];
+            a["velocity"] = m.vel[i];
+            a["acceleration"] = m.acc[i];
+        }
+        if (m.mode != Mode::Velocity) a["target"] = m.tgt[i];
+        a["limits"] = {{"velocity", m.maxVel[i]}, {"acceleration", m.maxAcc[i]}};
+        axes.push_back(a);
+    }
+    j["axes"] = axes;
+    if (m.mode == Mode::Conveyor) {
+        j["conveyor"] = {{"velocity", m.conveyorVel}, {"limit", m.conveyorLimit}, {"spare", m.spare}};
+    }
+    return j;
+}
+
+std::vector<double> parseNumbers(const std::string& text, std::size_t count, const std::string& what) {
+    std::vector<double> out;
+    std::stringstream in(text);
+    std::string item;
+    while (std::getline(in, item, ',')) {
+        char* end = nullptr;
+        const double x = std::strtod(item.c_str(), &end);
+        if (item.empty() || end == item.c_str() || *end != '\0' || !std::isfinite(x)) {
+            fail(what + ": \"" + item + "\" is not a number");
+        }
+        out.push_back(x);
+    }
+    if (out.size() != count) {
+        fail(what + ": expected " + std::to_string(count) + " comma-separated numbers in \"" + text + "\"");
+    }
+    return out;
+}
+
+Motion motionFromArgs(const std::string& mode, double jerkRatio, const std::vector<std::string>& axes,
+                      const std::string& conveyor) {
+    Motion m;
+    m.mode = parseMode(mode);
+    m.jerkRatio = jerkRatio;
+    if (axes.size() != 1 && axes.size() != kMaxAxes) {
+        fail("give --axis once or six times, not " + std::to_string(axes.size()));
+    }
+    m.axes = static_cast<int>(axes.size());
+    for (int i = 0; i < m.axes; ++i) {
+        const auto v = parseNumbers(axes[i], 6, "--axis " + std::to_string(i));
+        m.pos[i] = v[0];
+        m.vel[i] = v[1];
+        m.acc[i] = v[2];
+        m.tgt[i] = v[3];
+        m.maxVel[i] = v[4];
+        m.maxAcc[i] = v[5];
+    }
+    if (m.mode == Mode::Conveyor) {
+        if (conveyor.empty()) fail("the conveyor mode needs --conveyor velocity,limit,spare");
+        const auto c = parseNumbers(conveyor, 3, "--conveyor");
+        m.conveyorVel = c[0];
+        m.conveyorLimit = c[1];
+        m.spare = c[2];
+    } else if (!conveyor.empty()) {
+        fail("--conveyor is only read in the conveyor mode");
+    }
+    validate(m);
+    return m;
+}
+
+}  // namespace vekta::cli
