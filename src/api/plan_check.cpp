@@ -1,0 +1,203 @@
+// The plan check: a caller's last line of defence before set-points go out.
+//
+// Every section of every planned axis is integrated from its start point with
+// the constant jerk its two end points imply (the same integration the curve
+// checker does) and held to what the sampler will make of it: it must meet its
+// end point, and inside it |jerk|, |a| and |v| must stay within the limits.
+// Acceleration is linear inside a section, so |a| peaks at an end; velocity
+// may also peak where the acceleration crosses zero. The first violation in
+// axis order, and in time order within an axis, is reported.
+//
+// Starts beyond a limit cannot keep it at once: the planner first brings the
+// state back (ramps the acceleration to A, or slows to V). Each limit is
+// therefore held from the first curve point from which it can be kept.
+#include "api/plan_check.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+
+#include "state/curve_check.h"
+#include "vekta/vekta.h"
+
+namespace vekta {
+
+namespace {
+
+// Slack on |v| <= V, |a| <= A, |jerk| <= J: rounding of the closed forms.
+constexpr double kLimitRel = 1e-6;
+// Position continuity and the end position: the root finder's tolerance on
+// position is 1e-5 and a synchronised axis is pinned on its target after it,
+// so its last section may miss by that much; twice it, plus rounding.
+constexpr double kPosAbs = 2e-5;
+constexpr double kPosRel = 1e-9;
+// Velocity and acceleration at the joins and at the end, relative to the limit.
+constexpr double kJoinRel = 1e-9;
+// Six axes end together: relative to the end time.
+constexpr double kEndTimeRel = 1e-9;
+
+// The message writer: formats into the caller's buffer when there is one.
+struct Report {
+    char* buf;
+    int size;
+    int code(int result, const char* fmt, ...) __attribute__((format(printf, 3, 4))) {
+        if (buf != nullptr && size > 0) {
+            va_list ap;
+            va_start(ap, fmt);
+            std::vsnprintf(buf, static_cast<std::size_t>(size), fmt, ap);
+            va_end(ap);
+        }
+        return result;
+    }
+};
+
+bool positiveFinite(double x) { return std::isfinite(x) && x > 0.0; }
+bool within(double x, double limit) { return std::fabs(x) <= limit * (1.0 + kLimitRel); }
+
+// A state from which |v| <= V can be kept: within it now and still within it
+// once the acceleration is ramped to zero at full jerk.
+bool velocityKeepable(double v, double a, double V, double J) {
+    return within(v, V) && within(v + a * std::fabs(a) / (2.0 * J), V);
+}
+
+// Largest |position| of the curve: the scale of the position tolerance.
+double positionScale(const AxisPlan& r, double target) {
+    double s = std::fabs(target);
+    for (int i = 0; i < r.pointCount; ++i) s = std::fabs(r.secPos[i]) > s ? std::fabs(r.secPos[i]) : s;
+    return s;
+}
+
+const char* const kQuantity[4] = {"time", "acceleration", "velocity", "position"};
+
+int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
+    const int n = rec.pointCount;
+    if (n < 1 || n > kMaxPoints) {
+        return rep.code(VEKTA_CHECK_POINT_COUNT, "axis %d: %d curve points, outside 1 .. %d", axis, n, kMaxPoints);
+    }
+    for (int i = 0; i < n; ++i) {
+        const double values[4] = {rec.secTime[i], rec.secAcc[i], rec.secVel[i], rec.secPos[i]};
+        for (int q = 0; q < 4; ++q) {
+            if (!std::isfinite(values[q])) {
+                return rep.code(VEKTA_CHECK_NOT_FINITE, "axis %d: %s %g at point %d is not finite", axis,
+                                kQuantity[q], values[q], i);
+            }
+        }
+    }
+    const double V = rec.maxVel, A = rec.maxAcc, J = rec.maxJerk;
+    const double limits[3] = {V, A, J};
+    const char* const limitNames[3] = {"velocity", "acceleration", "jerk"};
+    for (int q = 0; q < 3; ++q) {
+        if (!positiveFinite(limits[q])) {
+            return rep.code(VEKTA_CHECK_BAD_LIMIT, "axis %d: %s limit %g is not a positive finite number", axis,
+                            limitNames[q], limits[q]);
+        }
+    }
+    if (rec.secTime[0] != 0.0) {
+        return rep.code(VEKTA_CHECK_TIME_BACK, "axis %d: the curve starts at t = %g s, not at 0", axis,
+                        rec.secTime[0]);
+    }
+
+    // A conveyor plan is checked in the conveyor's frame: take its motion off.
+    AxisPlan r = rec;
+    double tgtVel = rec.tgtVel;
+    if (mode == kConveyorPlan && axis == 0) {
+        for (int i = 0; i < n; ++i) {
+            r.secPos[i] -= r.secTime[i] * tgtVel;
+            r.secVel[i] -= tgtVel;
+        }
+        tgtVel = 0.0;
+    }
+    const double posTol = kPosAbs + kPosRel * positionScale(r, r.tgtPos);
+    const double velTol = kJoinRel * V, accTol = kJoinRel * A;
+
+    bool accHeld = within(r.secAcc[0], A);
+    bool velHeld = velocityKeepable(r.secVel[0], r.secAcc[0], V, J);
+    for (int i = 1; i < n; ++i) {
+        const double t0 = r.secTime[i - 1], t1 = r.secTime[i];
+        if (t1 < t0) {
+            return rep.code(VEKTA_CHECK_TIME_BACK, "axis %d: time goes back from %g s to %g s at point %d", axis,
+                            t0, t1, i);
+        }
+        const SectionReport s = integrateSection(r, i);
+        if (std::fabs(s.posEnd - r.secPos[i]) > posTol) {
+            return rep.code(VEKTA_CHECK_DISCONTINUOUS,
+                            "axis %d: position %.9g at t = %g s, its section arrives at %.9g (tolerance %g)", axis,
+                            r.secPos[i], t1, s.posEnd, posTol);
+        }
+        if (std::fabs(s.velEnd - r.secVel[i]) > velTol) {
+            return rep.code(VEKTA_CHECK_DISCONTINUOUS,
+                            "axis %d: velocity %.9g at t = %g s, its section arrives at %.9g (tolerance %g)", axis,
+                            r.secVel[i], t1, s.velEnd, velTol);
+        }
+        // The acceleration may change by J per second, plus rounding; a
+        // section of zero length may not change it at all.
+        const double dA = r.secAcc[i] - r.secAcc[i - 1];
+        if (std::fabs(dA) > J * s.dt * (1.0 + kLimitRel) + accTol) {
+            if (s.dt > 0.0) {
+                return rep.code(VEKTA_CHECK_JERK_LIMIT, "axis %d: jerk %g beyond the limit %g at t = %g s", axis,
+                                s.jerk, J, t0);
+            }
+            return rep.code(VEKTA_CHECK_JERK_LIMIT,
+                            "axis %d: acceleration steps from %g to %g at t = %g s (jerk limit %g)", axis,
+                            r.secAcc[i - 1], r.secAcc[i], t0, J);
+        }
+        if (accHeld && !within(r.secAcc[i], A)) {
+            return rep.code(VEKTA_CHECK_ACC_LIMIT, "axis %d: acceleration %g beyond the limit %g at t = %g s", axis,
+                            r.secAcc[i], A, t1);
+        }
+        if (velHeld && !within(s.peakVel, V)) {
+            return rep.code(VEKTA_CHECK_VEL_LIMIT, "axis %d: velocity %g beyond the limit %g at t = %g s", axis,
+                            s.peakVel, V, s.peakVelTime);
+        }
+        accHeld = accHeld || within(r.secAcc[i], A);
+        velHeld = velHeld || velocityKeepable(r.secVel[i], r.secAcc[i], V, J);
+    }
+
+    const int last = n - 1;
+    const double tEnd = r.secTime[last];
+    if (std::fabs(r.secAcc[last]) > accTol) {
+        return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with acceleration %g instead of 0 at t = %g s", axis,
+                        r.secAcc[last], tEnd);
+    }
+    if (std::fabs(r.secVel[last] - tgtVel) > velTol) {
+        return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with velocity %g instead of %g at t = %g s", axis,
+                        r.secVel[last] + (rec.tgtVel - tgtVel), rec.tgtVel, tEnd);
+    }
+    if (mode != kVelocityPlan && !(std::fabs(r.secPos[last] - r.tgtPos) <= posTol)) {
+        const double shift = tEnd * (rec.tgtVel - tgtVel);  // back to the fixed frame
+        return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends at position %.9g instead of %.9g at t = %g s", axis,
+                        r.secPos[last] + shift, r.tgtPos + shift, tEnd);
+    }
+    return VEKTA_CHECK_OK;
+}
+
+}  // namespace
+
+int checkPlan(const PlannerState& st, char* message, int messageSize) {
+    Report rep{message, messageSize};
+    const int axes = st.axisCount;
+    if (st.planMode == kNoPlanMode || (axes != 1 && axes != kMaxAxes)) {
+        return rep.code(VEKTA_CHECK_NO_PLAN, "no plan: no update has planned yet");
+    }
+    if (st.planFailed) return rep.code(VEKTA_CHECK_NO_PLAN, "no plan: the last update failed");
+    if (st.planMode == kConveyorRefusedPlan) {
+        return rep.code(VEKTA_CHECK_CONVEYOR_REFUSED,
+                        "conveyor: the catch-up ends beyond the conveyor limit; the plan must not be sampled");
+    }
+    for (int axis = 0; axis < axes; ++axis) {
+        const int code = checkAxis(st.records[axis], axis, st.planMode, rep);
+        if (code != VEKTA_CHECK_OK) return code;
+    }
+    const AxisPlan& r0 = st.records[0];
+    const double t0 = r0.secTime[r0.pointCount - 1];
+    for (int axis = 1; axis < axes; ++axis) {
+        const AxisPlan& r = st.records[axis];
+        const double t = r.secTime[r.pointCount - 1];
+        if (std::fabs(t - t0) > kEndTimeRel * (t > t0 ? t : t0)) {
+            return rep.code(VEKTA_CHECK_END_TIME, "axis %d: ends at t = %.9g s, axis 0 at t = %.9g s", axis, t, t0);
+        }
+    }
+    return rep.code(VEKTA_CHECK_OK, "ok");
+}
+
+}  // namespace vekta
