@@ -3,6 +3,8 @@
 set -euo pipefail
 
 packages=(cmake make g++ libgtest-dev binutils)
+# The libFuzzer target of the tests: clang with its sanitizer and fuzzer runtimes.
+packages+=(clang-14 libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
