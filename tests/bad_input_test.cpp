@@ -1,1 +1,534 @@
-// placeholder
+// Bad inputs through the exported functions: what each one does, and that
+// none of them crashes, hangs, writes outside the caller's arrays or hands out
+// a plan the plan check would pass when it should not.
+//
+// Every update row is run from the state at load, and then sampled axis by
+// axis to its end (or for a bounded number of calls when no end is promised)
+// through output arrays with guard entries. The row gives the outcome the
+// library's behaviour prescribes: the returned value, the first printed line
+// (or the line that must be printed) and the plan check's verdict.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "planner/decision_tree.h"
+#include "state/planner_state.h"
+#include "step1/step1_tree.h"
+#include "step2/step2_tree.h"
+#include "support/test_support.h"
+#include "vekta/vekta.h"
+
+namespace vekta {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+// Guard entries after the caller's arrays and the marker they hold.
+constexpr int kGuard = 8;
+constexpr double kMarker = 6.25e77;
+// Sampling calls spent on an axis whose plan the check refuses (no end is
+// promised for it: an end time that is not a number never finishes).
+constexpr int kBlindCalls = 2000;
+// Plans longer than this many periods are not sampled to their end.
+constexpr double kLongPlan = 100000.0;
+
+enum class Kind { Position, Velocity, Conveyor };
+
+// One update's arguments: a plausible six-axis motion, changed by the row.
+struct Update {
+    Kind kind = Kind::Position;
+    int n = 6;
+    double tgt[6] = {1.0, -0.5, 0.25, 2.0, -1.5, 0.75};
+    double maxVel[6] = {1.0, 1.5, 2.0, 1.0, 1.2, 0.8};
+    double maxAcc[6] = {4.0, 3.0, 5.0, 2.0, 6.0, 4.0};
+    double ratio = 10.0;
+    double pos[6] = {0.1, 0.0, -0.2, 0.0, 0.3, 0.0};
+    double vel[6] = {0.2, -0.3, 0.0, 0.1, 0.0, -0.2};
+    double acc[6] = {0.5, 0.0, -1.0, 0.0, 0.0, 0.4};
+    double conveyorVel = 0.2, conveyorLimit = 100.0, spare = 0.01;
+    bool nullArrays = false;  // for an axis count the library must refuse unread
+};
+
+bool call(const Update& u) {
+    const double* t = u.nullArrays ? nullptr : u.tgt;
+    const double* V = u.nullArrays ? nullptr : u.maxVel;
+    const double* A = u.nullArrays ? nullptr : u.maxAcc;
+    const double* p = u.nullArrays ? nullptr : u.pos;
+    const double* v = u.nullArrays ? nullptr : u.vel;
+    const double* a = u.nullArrays ? nullptr : u.acc;
+    switch (u.kind) {
+        case Kind::Position: return vektaPostionModeParaUpd(u.n, t, V, A, u.ratio, p, v, a, 0.0);
+        case Kind::Velocity: return vektaVelocityModeParaUpd(u.n, V, A, u.ratio, p, v, a, 0.0);
+        case Kind::Conveyor:
+            return vektaPostionModeParaUpdConveyor(u.n, u.conveyorVel, u.conveyorLimit, t, V, A, u.ratio, u.spare);
+    }
+    return false;
+}
+
+// One sampling call through guarded arrays; fails the test on a write beyond
+// the reported count or a count outside 0 .. nSamples.
+struct Sample {
+    int finished, count;
+    double pos, vel, acc;  // the last sample written
+};
+
+Sample sampleGuarded(int axis, int nSamples, bool velocityName = false) {
+    const int cap = (nSamples > 0 ? nSamples : 1) + kGuard;
+    std::vector<double> p(cap, kMarker), v(cap, kMarker), a(cap, kMarker);
+    int count = -1;
+    const int finished = velocityName ? vektaVelocityModePerFreedom(axis, nSamples, p.data(), v.data(), a.data(), count)
+                                      : vektaPositionModePerFreedom(axis, nSamples, p.data(), v.data(), a.data(), count);
+    EXPECT_TRUE(finished == 0 || finished == 1) << "axis " << axis;
+    EXPECT_GE(count, 0) << "axis " << axis;
+    EXPECT_LE(count, nSamples > 0 ? nSamples : 0) << "axis " << axis;
+    const int written = count > 0 ? count : 0;
+    for (int i = written; i < cap; ++i) {
+        EXPECT_EQ(p[i], kMarker) << "write beyond the samples, axis " << axis << " entry " << i;
+        EXPECT_EQ(v[i], kMarker) << "write beyond the samples, axis " << axis << " entry " << i;
+        EXPECT_EQ(a[i], kMarker) << "write beyond the samples, axis " << axis << " entry " << i;
+    }
+    Sample s{finished, count, 0.0, 0.0, 0.0};
+    if (written > 0) s = {finished, count, p[written - 1], v[written - 1], a[written - 1]};
+    return s;
+}
+
+// Samples every planned axis period by period. A plan the check passes must
+// finish within its planned periods (+1) on its end state; a failed plan must
+// give nothing at all; any other plan is sampled for a bounded number of calls.
+void sampleToTheEnd(int checkCode, const std::string& where) {
+    const PlannerState& st = defaultState();
+    const int axes = st.axisCount == 1 || st.axisCount == kMaxAxes ? st.axisCount : 0;
+    for (int axis = 0; axis < axes; ++axis) {
+        const AxisPlan& r = st.records[axis];
+        const double end = r.secTime[r.pointCount - 1];
+        const bool mustFinish = checkCode == VEKTA_CHECK_OK && end / CYCLE_TIME < kLongPlan;
+        const int budget = mustFinish ? static_cast<int>(std::ceil(end / CYCLE_TIME)) + 1 : kBlindCalls;
+        Sample s{};
+        int calls = 0;
+        while (calls < budget && s.finished == 0) {
+            s = sampleGuarded(axis, 1);
+            ++calls;
+            if (st.planFailed) {
+                EXPECT_EQ(s.finished, 0) << where;
+                EXPECT_EQ(s.count, 0) << where;
+            } else {
+                EXPECT_EQ(s.count, 1) << where;
+            }
+        }
+        if (mustFinish) {
+            EXPECT_EQ(s.finished, 1) << where << ": axis " << axis << " did not finish in " << budget << " calls";
+            EXPECT_EQ(s.acc, 0.0) << where;
+            EXPECT_NEAR(s.vel, r.tgtVel, 1e-9 * r.maxVel) << where;
+        }
+    }
+}
+
+struct Outcome {
+    bool ok;
+    std::string printed;
+    int checkCode;
+    std::string checkMessage;
+};
+
+Outcome runFromLoad(const Update& u, bool sample = true) {
+    defaultState() = PlannerState{};
+    Outcome o{};
+    {
+        test::StdoutCapture out;
+        o.ok = call(u);
+        o.printed = out.text();
+    }
+    char message[256];
+    o.checkCode = vektaCheckPlan(message, sizeof message);
+    o.checkMessage = message;
+    if (sample) {
+        test::StdoutCapture quiet;
+        sampleToTheEnd(o.checkCode, o.printed.substr(0, 60));
+    }
+    return o;
+}
+
+// The line that tells what happened: the update's own "posUpd"/"velUpd" line
+// for an accepted update; for a refused one the last error line (or, when
+// there is none, the last line printed).
+std::string keyLine(const std::string& printed, bool ok) {
+    std::string last, key, error;
+    std::size_t at = 0;
+    while (at < printed.size()) {
+        std::size_t end = printed.find('\n', at);
+        if (end == std::string::npos) end = printed.size();
+        const std::string line = printed.substr(at, end - at);
+        if (!line.empty()) last = line;
+        if (key.empty() && (line.rfind("posUpd:", 0) == 0 || line.rfind("velUpd:", 0) == 0)) key = line;
+        if (line.find("error") != std::string::npos) error = line;
+        at = end + 1;
+    }
+    if (ok) return key.empty() ? last : key;
+    return error.empty() ? last : error;
+}
+
+// A row: how the update is spoiled, and what must come of it: the result, the
+// plan check's code, and a line that must be printed.
+struct Row {
+    const char* what;
+    void (*spoil)(Update& u);
+    bool ok;
+    int checkCode;
+    const char* line;
+};
+
+// `line` is printed as a whole line of the output.
+bool printedLine(const std::string& printed, const std::string& line) {
+    const std::string text = "\n" + printed;
+    return text.find("\n" + line + "\n") != std::string::npos ||
+           (text.size() >= line.size() && text.compare(text.size() - line.size(), line.size(), line) == 0);
+}
+
+void runRows(const Row* rows, int count) {
+    const bool show = std::getenv("VEKTA_SHOW_OUTCOMES") != nullptr;
+    for (int i = 0; i < count; ++i) {
+        const Row& row = rows[i];
+        Update u;
+        row.spoil(u);
+        const Outcome o = runFromLoad(u);
+        if (show) {
+            std::fprintf(stderr, "ROW %s\x1f%s\x1f%d\x1f%s\x1f%s\n", row.what, o.ok ? "true" : "false", o.checkCode,
+                         keyLine(o.printed, o.ok).c_str(), o.checkMessage.c_str());
+        }
+        EXPECT_EQ(o.ok, row.ok) << row.what << "\n" << o.printed;
+        EXPECT_EQ(o.checkCode, row.checkCode) << row.what << ": " << o.checkMessage;
+        EXPECT_TRUE(printedLine(o.printed, row.line)) << row.what << ": expected \"" << row.line << "\" in\n"
+                                                      << o.printed;
+        // An accepted update whose plan holds NaN must never pass the check.
+        if (o.checkCode == VEKTA_CHECK_OK) {
+            EXPECT_TRUE(o.ok) << row.what;
+        }
+    }
+}
+
+#define ROWS(table) runRows(table, static_cast<int>(sizeof(table) / sizeof(table[0])))
+
+// ---------------------------------------------------------------------------
+// NaN or infinite positions, velocities, accelerations, targets
+// ---------------------------------------------------------------------------
+
+const Row kNonFinite[] = {
+    {"NaN tgt, 1 axis", [](Update& u) { u.n = 1, u.tgt[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"+inf tgt, 1 axis", [](Update& u) { u.n = 1, u.tgt[0] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "posUpd: 1st pt inf p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"-inf tgt, 1 axis", [](Update& u) { u.n = 1, u.tgt[0] = -kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "posUpd: 1st pt -inf p 0.102526 v 0.203125 a 0.000000 inv 1 peroid 0.005000"},
+    {"NaN pos, 1 axis", [](Update& u) { u.n = 1, u.pos[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"+inf pos, 1 axis", [](Update& u) { u.n = 1, u.pos[0] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "posUpd: 1st pt 1.000000 p inf v 0.203125 a 0.000000 inv 1 peroid 0.005000"},
+    {"-inf pos, 1 axis", [](Update& u) { u.n = 1, u.pos[0] = -kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "posUpd: 1st pt 1.000000 p -inf v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"NaN vel, 1 axis", [](Update& u) { u.n = 1, u.vel[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"+inf vel, 1 axis", [](Update& u) { u.n = 1, u.vel[0] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"-inf vel, 1 axis", [](Update& u) { u.n = 1, u.vel[0] = -kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"NaN acc, 1 axis", [](Update& u) { u.n = 1, u.acc[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"+inf acc, 1 axis", [](Update& u) { u.n = 1, u.acc[0] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"-inf acc, 1 axis", [](Update& u) { u.n = 1, u.acc[0] = -kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"NaN tgt, 6 axis", [](Update& u) { u.n = 6, u.tgt[3] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"+inf tgt, 6 axis", [](Update& u) { u.n = 6, u.tgt[3] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts inf idx 0"},
+    {"-inf tgt, 6 axis", [](Update& u) { u.n = 6, u.tgt[3] = -kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts inf idx 0"},
+    {"NaN pos, 6 axis", [](Update& u) { u.n = 6, u.pos[3] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"+inf pos, 6 axis", [](Update& u) { u.n = 6, u.pos[3] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts inf idx 0"},
+    {"-inf pos, 6 axis", [](Update& u) { u.n = 6, u.pos[3] = -kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts inf idx 0"},
+    {"NaN vel, 6 axis", [](Update& u) { u.n = 6, u.vel[3] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"+inf vel, 6 axis", [](Update& u) { u.n = 6, u.vel[3] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"-inf vel, 6 axis", [](Update& u) { u.n = 6, u.vel[3] = -kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"NaN acc, 6 axis", [](Update& u) { u.n = 6, u.acc[3] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"+inf acc, 6 axis", [](Update& u) { u.n = 6, u.acc[3] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"-inf acc, 6 axis", [](Update& u) { u.n = 6, u.acc[3] = -kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:3"},
+    {"NaN pos, stop of 6 axes", [](Update& u) { u.kind = Kind::Velocity, u.pos[2] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"+inf pos, stop of 6 axes", [](Update& u) { u.kind = Kind::Velocity, u.pos[2] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"NaN vel, stop of 6 axes", [](Update& u) { u.kind = Kind::Velocity, u.vel[2] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"+inf vel, stop of 6 axes", [](Update& u) { u.kind = Kind::Velocity, u.vel[2] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"NaN acc, stop of 6 axes", [](Update& u) { u.kind = Kind::Velocity, u.acc[2] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"+inf acc, stop of 6 axes", [](Update& u) { u.kind = Kind::Velocity, u.acc[2] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"NaN conveyor velocity", [](Update& u) { u.kind = Kind::Conveyor, u.conveyorVel = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"infinite conveyor velocity", [](Update& u) { u.kind = Kind::Conveyor, u.conveyorVel = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"NaN conveyor limit", [](Update& u) { u.kind = Kind::Conveyor, u.conveyorLimit = kNaN; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.000000 v -0.200000 a 0.000000 inv 1 peroid 0.005000"},
+    {"NaN conveyor target", [](Update& u) { u.kind = Kind::Conveyor, u.tgt[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"NaN spare", [](Update& u) { u.kind = Kind::Conveyor, u.spare = kNaN; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.000000 v -0.200000 a 0.000000 inv 1 peroid 0.005000"},
+};
+
+TEST(BadInput, NonFiniteStatesAndTargets) { ROWS(kNonFinite); }
+
+// ---------------------------------------------------------------------------
+// Zero, negative or non-finite limits; a jerk ratio of 0 or below
+// ---------------------------------------------------------------------------
+
+const Row kLimits[] = {
+    {"maxVel 0.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxVel[0] = 0.0; }, true, VEKTA_CHECK_NOT_FINITE,
+     "posUpd: 1st pt 1.000000 p 0.117001 v -0.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"maxVel -1.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxVel[0] = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p -0.057160 v -1.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"maxVel kNaN, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxVel[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"maxVel kInf, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxVel[0] = kInf; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"maxAcc 0.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxAcc[0] = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"maxAcc -1.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxAcc[0] = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p 0.070000 v 0.237500 a -1.000000 inv 1 peroid 0.005000"},
+    {"maxAcc kNaN, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxAcc[0] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"maxAcc kInf, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.maxAcc[0] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"maxVel 0.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxVel[2] = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts inf idx 0"},
+    {"maxVel -1.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxVel[2] = -1.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts 2.547500 idx 2"},
+    {"maxVel kNaN, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxVel[2] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:2"},
+    {"maxVel kInf, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxVel[2] = kInf; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"maxAcc 0.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxAcc[2] = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:2"},
+    {"maxAcc -1.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxAcc[2] = -1.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts 2.547500 idx 2"},
+    {"maxAcc kNaN, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxAcc[2] = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:2"},
+    {"maxAcc kInf, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.maxAcc[2] = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:2"},
+    {"maxVel 0.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxVel[0] = 0.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt 0.000000 p 0.117001 v -0.000000 a -0.000000 inv 1 "},
+    {"maxVel -1.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxVel[0] = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt 0.000000 p -0.057160 v -1.000000 a -0.000000 inv 1 "},
+    {"maxVel kNaN, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxVel[0] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p nan v nan a -0.000000 inv 1 "},
+    {"maxVel kInf, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxVel[0] = kInf; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxAcc 0.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxAcc[0] = 0.0; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p nan v nan a -0.000000 inv 1 "},
+    {"maxAcc -1.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxAcc[0] = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.090417 v -0.187500 a -0.000000 inv -1 "},
+    {"maxAcc kNaN, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxAcc[0] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p -nan v -nan a -0.000000 inv 1 "},
+    {"maxAcc kInf, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.maxAcc[0] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p nan v -0.200000 a -0.000000 inv -1 "},
+    {"maxVel 0.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxVel[2] = 0.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxVel -1.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxVel[2] = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxVel kNaN, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxVel[2] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxVel kInf, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxVel[2] = kInf; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxAcc 0.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxAcc[2] = 0.0; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxAcc -1.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxAcc[2] = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxAcc kNaN, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxAcc[2] = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"maxAcc kInf, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.maxAcc[2] = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+};
+
+TEST(BadInput, ZeroNegativeAndNonFiniteLimits) { ROWS(kLimits); }
+
+const Row kJerkRatio[] = {
+    {"jerk ratio 0.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.ratio = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio -1.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.ratio = -1.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "S1 PtNT error: (amin=4.114000e+00) >= (Am=4.000000e+00)step1 error:0"},
+    {"jerk ratio -10.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.ratio = -10.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"jerk ratio kNaN, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.ratio = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio kInf, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.ratio = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio 0.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.ratio = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio -1.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.ratio = -1.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "S1 PtNT error: (amin=4.114000e+00) >= (Am=4.000000e+00)step1 error:0"},
+    {"jerk ratio -10.0, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.ratio = -10.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2_PTZPT t45 < 0step2 error:ts 2.357500 idx 1"},
+    {"jerk ratio kNaN, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.ratio = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio kInf, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6, u.ratio = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio 0.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.ratio = 0.0; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p nan v nan a -0.000000 inv 1 "},
+    {"jerk ratio -1.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.ratio = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.077604 v -0.168750 a -0.000000 inv -1 "},
+    {"jerk ratio -10.0, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.ratio = -10.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.097526 v -0.196875 a -0.000000 inv -1 "},
+    {"jerk ratio kNaN, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.ratio = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p -nan v -nan a -0.000000 inv 1 "},
+    {"jerk ratio kInf, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1, u.ratio = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p nan v -0.200000 a -0.000000 inv -1 "},
+    {"jerk ratio 0.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.ratio = 0.0; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p nan v nan a -0.000000 inv 1 "},
+    {"jerk ratio -1.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.ratio = -1.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.077604 v -0.168750 a -0.000000 inv -1 "},
+    {"jerk ratio -10.0, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.ratio = -10.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "velUpd: pt -0.000000 p -0.097526 v -0.196875 a -0.000000 inv -1 "},
+    {"jerk ratio kNaN, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.ratio = kNaN; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt 0.000000 p -nan v -nan a -0.000000 inv 1 "},
+    {"jerk ratio kInf, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6, u.ratio = kInf; }, true, VEKTA_CHECK_NOT_FINITE,
+     "velUpd: pt -0.000000 p nan v -0.200000 a -0.000000 inv -1 "},
+    {"jerk ratio 0.0, conveyor 1 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 1, u.ratio = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio -1.0, conveyor 1 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 1, u.ratio = -1.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio -10.0, conveyor 1 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 1, u.ratio = -10.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p 0.000000 v -0.200000 a 0.000000 inv 1 peroid 0.005000"},
+    {"jerk ratio kNaN, conveyor 1 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 1, u.ratio = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio kInf, conveyor 1 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 1, u.ratio = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio 0.0, conveyor 6 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 6, u.ratio = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio -1.0, conveyor 6 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 6, u.ratio = -1.0; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio -10.0, conveyor 6 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 6, u.ratio = -10.0; }, true, VEKTA_CHECK_BAD_LIMIT,
+     "posUpd: 1st pt 1.000000 p 0.000000 v -0.200000 a 0.000000 inv 1 peroid 0.005000"},
+    {"jerk ratio kNaN, conveyor 6 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 6, u.ratio = kNaN; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+    {"jerk ratio kInf, conveyor 6 axis", [](Update& u) { u.kind = Kind::Conveyor, u.n = 6, u.ratio = kInf; }, false, VEKTA_CHECK_NO_PLAN,
+     "step1 error:0"},
+};
+
+TEST(BadInput, JerkRatioOfZeroOrBelow) { ROWS(kJerkRatio); }
+
+// ---------------------------------------------------------------------------
+// Enormous and tiny limits and distances (1e-9 ... 1e9)
+// ---------------------------------------------------------------------------
+
+const Row kScales[] = {
+    {"all limits 1e-9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e-9; u.ratio = 1e-9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 7812500041666664521658664061076310581051392.000000 v 0.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"all limits 1e9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e9; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"velocity limit 1e-9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.maxVel[0] = 1e-9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.117001 v 0.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"velocity limit 1e9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.maxVel[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"acceleration limit 1e-9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.maxAcc[0] = 1e-9; }, true, VEKTA_CHECK_DISCONTINUOUS,
+     "posUpd: 1st pt 1.000000 p 78125002916666194001920.000000 v 1.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"acceleration limit 1e9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.maxAcc[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"jerk ratio 1e-9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.ratio = 1e-9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 5366302626387293.000000 v 1.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"jerk ratio 1e9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"distance 1e-9 from rest, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; for (int i = 0; i < 6; ++i) u.pos[i] = u.vel[i] = u.acc[i] = 0.0, u.tgt[i] = 1e-9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 0.000000 p 0.000000 v 0.000000 a 0.000000 inv 1 peroid 0.005000"},
+    {"distance 1e9 from rest, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; for (int i = 0; i < 6; ++i) u.pos[i] = u.vel[i] = u.acc[i] = 0.0, u.tgt[i] = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1000000000.000000 p 0.000000 v 0.000000 a 0.000000 inv 1 peroid 0.005000"},
+    {"state 1e9 beyond the limits, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; u.vel[0] = 1e9, u.acc[0] = -1e9; }, true, VEKTA_CHECK_VEL_LIMIT,
+     "posUpd: 1st pt 1.000000 p -19531247083333432241290039263232.000000 v -1.000000 a 0.000000 inv 1 peroid 0.005000"},
+    {"positions around 1e9, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1; for (int i = 0; i < 6; ++i) u.pos[i] += 1e9, u.tgt[i] += 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1000000001.000000 p 1000000000.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"all limits 1e-9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e-9; u.ratio = 1e-9; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts 125000000333333300351305069206287783174270394411515904.000000 idx 0"},
+    {"all limits 1e9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e9; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"velocity limit 1e-9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.maxVel[0] = 1e-9; }, true, VEKTA_CHECK_DISCONTINUOUS,
+     "posUpd: 1st pt 1.000000 p 0.117001 v 0.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"velocity limit 1e9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.maxVel[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"acceleration limit 1e-9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.maxAcc[0] = 1e-9; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts 78125015416667943993344.000000 idx 3"},
+    {"acceleration limit 1e9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.maxAcc[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"jerk ratio 1e-9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.ratio = 1e-9; }, true, VEKTA_CHECK_DISCONTINUOUS,
+     "posUpd: 1st pt 1.000000 p 5366302626387293.000000 v 1.000000 a -0.000000 inv 1 peroid 0.005000"},
+    {"jerk ratio 1e9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1.000000 p 0.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"distance 1e-9 from rest, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; for (int i = 0; i < 6; ++i) u.pos[i] = u.vel[i] = u.acc[i] = 0.0, u.tgt[i] = 1e-9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 0.000000 p 0.000000 v 0.000000 a 0.000000 inv 1 peroid 0.005000"},
+    {"distance 1e9 from rest, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; for (int i = 0; i < 6; ++i) u.pos[i] = u.vel[i] = u.acc[i] = 0.0, u.tgt[i] = 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1000000000.000000 p 0.000000 v 0.000000 a 0.000000 inv 1 peroid 0.005000"},
+    {"state 1e9 beyond the limits, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; u.vel[0] = 1e9, u.acc[0] = -1e9; }, false, VEKTA_CHECK_NO_PLAN,
+     "step2 error:ts 19531247083333434493089852948480.000000 idx 3"},
+    {"positions around 1e9, position 6 axis", [](Update& u) { u.kind = Kind::Position, u.n = 6; for (int i = 0; i < 6; ++i) u.pos[i] += 1e9, u.tgt[i] += 1e9; }, true, VEKTA_CHECK_OK,
+     "posUpd: 1st pt 1000000001.000000 p 1000000000.100000 v 0.200000 a 0.500000 inv 1 peroid 0.005000"},
+    {"all limits 1e-9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e-9; u.ratio = 1e-9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -7812500041666664521658664061076310581051392.000000 v -0.000000 a 0.000000 inv -1 "},
+    {"all limits 1e9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e9; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.100000 v -0.200000 a -0.000000 inv -1 "},
+    {"velocity limit 1e-9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.maxVel[0] = 1e-9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.117001 v -0.000000 a 0.000000 inv -1 "},
+    {"velocity limit 1e9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.maxVel[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"acceleration limit 1e-9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.maxAcc[0] = 1e-9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -78125002916666194001920.000000 v -1.000000 a 0.000000 inv -1 "},
+    {"acceleration limit 1e9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.maxAcc[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.100000 v -0.200000 a -0.000000 inv -1 "},
+    {"jerk ratio 1e-9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.ratio = 1e-9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -5366302626387293.000000 v -1.000000 a 0.000000 inv -1 "},
+    {"jerk ratio 1e9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.100000 v -0.200000 a -0.000000 inv -1 "},
+    {"state 1e9 beyond the limits, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; u.vel[0] = 1e9, u.acc[0] = -1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt 0.000000 p -19531247083333432241290039263232.000000 v -1.000000 a 0.000000 inv 1 "},
+    {"positions around 1e9, velocity 1 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 1; for (int i = 0; i < 6; ++i) u.pos[i] += 1e9, u.tgt[i] += 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -1000000000.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"all limits 1e-9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e-9; u.ratio = 1e-9; }, true, VEKTA_CHECK_DISCONTINUOUS,
+     "velUpd: pt -0.000000 p -7812500041666664521658664061076310581051392.000000 v -0.000000 a 0.000000 inv -1 "},
+    {"all limits 1e9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; for (int i = 0; i < 6; ++i) u.maxVel[i] = u.maxAcc[i] = 1e9; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.100000 v -0.200000 a -0.000000 inv -1 "},
+    {"velocity limit 1e-9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.maxVel[0] = 1e-9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.117001 v -0.000000 a 0.000000 inv -1 "},
+    {"velocity limit 1e9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.maxVel[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.102526 v -0.203125 a -0.000000 inv -1 "},
+    {"acceleration limit 1e-9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.maxAcc[0] = 1e-9; }, true, VEKTA_CHECK_DISCONTINUOUS,
+     "velUpd: pt -0.000000 p -78125002916666194001920.000000 v -1.000000 a 0.000000 inv -1 "},
+    {"acceleration limit 1e9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.maxAcc[0] = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.100000 v -0.200000 a -0.000000 inv -1 "},
+    {"jerk ratio 1e-9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.ratio = 1e-9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -5366302626387293.000000 v -1.000000 a 0.000000 inv -1 "},
+    {"jerk ratio 1e9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.ratio = 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -0.100000 v -0.200000 a -0.000000 inv -1 "},
+    {"state 1e9 beyond the limits, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; u.vel[0] = 1e9, u.acc[0] = -1e9; }, true, VEKTA_CHECK_DISCONTINUOUS,
+     "velUpd: pt 0.000000 p -19531247083333432241290039263232.000000 v -1.000000 a 0.000000 inv 1 "},
+    {"positions around 1e9, velocity 6 axis", [](Update& u) { u.kind = Kind::Velocity, u.n = 6; for (int i = 0; i < 6; ++i) u.pos[i] += 1e9, u.tgt[i] += 1e9; }, true, VEKTA_CHECK_OK,
+     "velUpd: pt -0.000000 p -1000000000.102526 v -0.203125 a -0.000000 inv -1 "},
+};
+
+TEST(BadInput, EnormousAndTinyLimitsAndDistances) { ROWS(kScales); }
+
+}  // namespace
+}  // namespace vekta

@@ -31,10 +31,16 @@ constexpr double kLimitRel = 1e-6;
 // so its last section may miss by that much; twice it, plus rounding.
 constexpr double kPosAbs = 2e-5;
 constexpr double kPosRel = 1e-9;
-// Velocity and acceleration at the joins and at the end, relative to the limit.
-constexpr double kJoinRel = 1e-9;
-// Six axes end together: relative to the end time.
+// Velocity and acceleration at the joins and at the end, relative to the
+// limit or to the values joined when they are larger (a start beyond it).
+constexpr double kJoinRel = 1e-6;
+// Rounding of a curve time, relative to the time: a point late in a long plan
+// is only known to a few units in the last place, and each tolerance grows by
+// what the rates at the point make of that.
+constexpr double kTimeEps = 1e-14;
+// Six axes end together: relative to the end time, or absolute for short plans.
 constexpr double kEndTimeRel = 1e-9;
+constexpr double kEndTimeAbs = 1e-12;
 
 // The message writer: formats into the caller's buffer when there is one.
 struct Report {
@@ -60,11 +66,25 @@ bool velocityKeepable(double v, double a, double V, double J) {
     return within(v, V) && within(v + a * std::fabs(a) / (2.0 * J), V);
 }
 
-// Largest |position| of the curve: the scale of the position tolerance.
-double positionScale(const AxisPlan& r, double target) {
-    double s = std::fabs(target);
-    for (int i = 0; i < r.pointCount; ++i) s = std::fabs(r.secPos[i]) > s ? std::fabs(r.secPos[i]) : s;
-    return s;
+double largest(double a, double b, double c) { return a > b ? (a > c ? a : c) : (b > c ? b : c); }
+
+// The tolerances where the section from point h to point i meets point i (h =
+// i - 1; at the end of a one-point curve h = i): rounding relative to the
+// sizes involved, and the root finder's miss on position.
+struct JoinTolerance {
+    double time, pos, vel, acc;
+};
+
+JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
+    const double t = std::fabs(r.secTime[i]) * kTimeEps;
+    const double a0 = std::fabs(r.secAcc[h]), a1 = std::fabs(r.secAcc[i]);
+    const double v0 = std::fabs(r.secVel[h]), v1 = std::fabs(r.secVel[i]);
+    JoinTolerance tol;
+    tol.time = t > kTimeEps ? t : kTimeEps;
+    tol.pos = kPosAbs + kPosRel * (std::fabs(r.secPos[h]) + std::fabs(r.secPos[i])) + t * (v0 + v1);
+    tol.vel = kJoinRel * largest(r.maxVel, v0, v1) + t * (a0 + a1);
+    tol.acc = kJoinRel * largest(r.maxAcc, a0, a1) + t * r.maxJerk;
+    return tol;
 }
 
 const char* const kQuantity[4] = {"time", "acceleration", "velocity", "position"};
@@ -107,33 +127,32 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
         }
         tgtVel = 0.0;
     }
-    const double posTol = kPosAbs + kPosRel * positionScale(r, r.tgtPos);
-    const double velTol = kJoinRel * V, accTol = kJoinRel * A;
-
     bool accHeld = within(r.secAcc[0], A);
     bool velHeld = velocityKeepable(r.secVel[0], r.secAcc[0], V, J);
     for (int i = 1; i < n; ++i) {
         const double t0 = r.secTime[i - 1], t1 = r.secTime[i];
-        if (t1 < t0) {
+        const JoinTolerance tol = joinTolerance(r, i - 1, i);
+        if (t1 < t0 - tol.time) {
             return rep.code(VEKTA_CHECK_TIME_BACK, "axis %d: time goes back from %g s to %g s at point %d", axis,
                             t0, t1, i);
         }
         const SectionReport s = integrateSection(r, i);
-        if (std::fabs(s.posEnd - r.secPos[i]) > posTol) {
+        if (std::fabs(s.posEnd - r.secPos[i]) > tol.pos) {
             return rep.code(VEKTA_CHECK_DISCONTINUOUS,
                             "axis %d: position %.9g at t = %g s, its section arrives at %.9g (tolerance %g)", axis,
-                            r.secPos[i], t1, s.posEnd, posTol);
+                            r.secPos[i], t1, s.posEnd, tol.pos);
         }
-        if (std::fabs(s.velEnd - r.secVel[i]) > velTol) {
+        if (std::fabs(s.velEnd - r.secVel[i]) > tol.vel) {
             return rep.code(VEKTA_CHECK_DISCONTINUOUS,
                             "axis %d: velocity %.9g at t = %g s, its section arrives at %.9g (tolerance %g)", axis,
-                            r.secVel[i], t1, s.velEnd, velTol);
+                            r.secVel[i], t1, s.velEnd, tol.vel);
         }
         // The acceleration may change by J per second, plus rounding; a
-        // section of zero length may not change it at all.
+        // section of zero length (or one back by a rounding) may not change it.
         const double dA = r.secAcc[i] - r.secAcc[i - 1];
-        if (std::fabs(dA) > J * s.dt * (1.0 + kLimitRel) + accTol) {
-            if (s.dt > 0.0) {
+        const double dt = s.dt > 0.0 ? s.dt : 0.0;
+        if (std::fabs(dA) > J * dt * (1.0 + kLimitRel) + tol.acc) {
+            if (dt > 0.0) {
                 return rep.code(VEKTA_CHECK_JERK_LIMIT, "axis %d: jerk %g beyond the limit %g at t = %g s", axis,
                                 s.jerk, J, t0);
             }
@@ -155,15 +174,16 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
 
     const int last = n - 1;
     const double tEnd = r.secTime[last];
-    if (std::fabs(r.secAcc[last]) > accTol) {
+    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last);
+    if (std::fabs(r.secAcc[last]) > tol.acc) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with acceleration %g instead of 0 at t = %g s", axis,
                         r.secAcc[last], tEnd);
     }
-    if (std::fabs(r.secVel[last] - tgtVel) > velTol) {
+    if (std::fabs(r.secVel[last] - tgtVel) > tol.vel) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with velocity %g instead of %g at t = %g s", axis,
                         r.secVel[last] + (rec.tgtVel - tgtVel), rec.tgtVel, tEnd);
     }
-    if (mode != kVelocityPlan && !(std::fabs(r.secPos[last] - r.tgtPos) <= posTol)) {
+    if (mode != kVelocityPlan && !(std::fabs(r.secPos[last] - r.tgtPos) <= tol.pos)) {
         const double shift = tEnd * (rec.tgtVel - tgtVel);  // back to the fixed frame
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends at position %.9g instead of %.9g at t = %g s", axis,
                         r.secPos[last] + shift, r.tgtPos + shift, tEnd);
@@ -193,7 +213,7 @@ int checkPlan(const PlannerState& st, char* message, int messageSize) {
     for (int axis = 1; axis < axes; ++axis) {
         const AxisPlan& r = st.records[axis];
         const double t = r.secTime[r.pointCount - 1];
-        if (std::fabs(t - t0) > kEndTimeRel * (t > t0 ? t : t0)) {
+        if (std::fabs(t - t0) > kEndTimeRel * (t > t0 ? t : t0) + kEndTimeAbs) {
             return rep.code(VEKTA_CHECK_END_TIME, "axis %d: ends at t = %.9g s, axis 0 at t = %.9g s", axis, t, t0);
         }
     }
