@@ -238,7 +238,11 @@ const char* sampleToEnd(bool velocityName) {
             const double endPos = r.secPos[r.pointCount - 1];
             double scale = 0.0;
             for (int i = 0; i < r.pointCount; ++i) scale = std::fmax(scale, std::fabs(r.secPos[i]));
-            if (std::fabs(last.acc) > 1e-6 * r.maxAcc || std::fabs(last.vel - r.tgtVel) > 1e-6 * r.maxVel ||
+            // The sampler takes a section whose acceleration changes by less
+            // than 1e-5 as flat, so a curve sample may keep that much.
+            const double end = r.secTime[r.pointCount - 1];
+            if (std::fabs(last.acc) > 1e-6 * r.maxAcc + 1e-5 ||
+                std::fabs(last.vel - r.tgtVel) > 1e-6 * r.maxVel + 1e-5 * end ||
                 std::fabs(last.pos - endPos) > 2e-5 + 1e-9 * scale) {
                 if (traceCalls) {
                     std::fprintf(stderr, "axis %d after %d calls: sample (%.17g %.17g %.17g), end (%.17g %.17g 0)\n",
