@@ -111,7 +111,9 @@ std::string sampleToTheEnd(int checkCode) {
     const int axes = st.axisCount == 1 || st.axisCount == kMaxAxes ? st.axisCount : 0;
     for (int axis = 0; axis < axes; ++axis) {
         const AxisPlan& r = st.records[axis];
-        const double end = r.secTime[r.pointCount - 1];
+        // A failed pass leaves the axes it did not reach as they were: maybe
+        // never planned (no point at all).
+        const double end = r.pointCount > 0 ? r.secTime[r.pointCount - 1] : 0.0;
         const bool mustFinish = checkCode == VEKTA_CHECK_OK && end / CYCLE_TIME < kLongPlan;
         const int budget = mustFinish ? static_cast<int>(std::ceil(end / CYCLE_TIME)) + 1 : kBlindCalls;
         const std::string where = " (axis " + std::to_string(axis) + ")\n";
@@ -192,8 +194,9 @@ struct Row {
     const char* line;
 };
 
-// `line` is printed as a whole line of the output.
+// `line` is printed as a whole line of the output; an empty one: nothing is.
 bool printedLine(const std::string& printed, const std::string& line) {
+    if (line.empty()) return printed.empty();
     const std::string text = "\n" + printed;
     return text.find("\n" + line + "\n") != std::string::npos ||
            (text.size() >= line.size() && text.compare(text.size() - line.size(), line.size(), line) == 0);
@@ -302,6 +305,21 @@ const Row kNonFinite[] = {
 };
 
 TEST(BadInput, NonFiniteStatesAndTargets) { ROWS(kNonFinite); }
+
+// The conveyor update's own refusals: a catch-up ending beyond the limit
+// (planned, printed, refused by the check: it must not be sampled) and a
+// spare below 0.002 (nothing happens at all).
+const Row kConveyor[] = {
+    {"catch-up beyond the conveyor limit", [](Update& u) { u.kind = Kind::Conveyor, u.conveyorLimit = 1.2; }, false,
+     VEKTA_CHECK_CONVEYOR_REFUSED, "vekta: failed to catch up with conveyor-1.000000+0.520000>1.200000"},
+    {"catch-up exactly at the limit is refused too", [](Update& u) { u.kind = Kind::Conveyor, u.conveyorLimit = 1.0, u.conveyorVel = 0.0; },
+     false, VEKTA_CHECK_CONVEYOR_REFUSED, "vekta: failed to catch up with conveyor-1.000000+0.000000>1.000000"},
+    {"spare below 0.002", [](Update& u) { u.kind = Kind::Conveyor, u.spare = 0.0019; }, false, VEKTA_CHECK_NO_PLAN, ""},
+    {"negative conveyor velocity", [](Update& u) { u.kind = Kind::Conveyor, u.conveyorVel = -0.3; }, true,
+     VEKTA_CHECK_OK, "posUpd: 1st pt 1.000000 p 0.000000 v 0.300000 a 0.000000 inv 1 peroid 0.005000"},
+};
+
+TEST(BadInput, ConveyorRefusals) { ROWS(kConveyor); }
 
 // ---------------------------------------------------------------------------
 // Zero, negative or non-finite limits; a jerk ratio of 0 or below
@@ -760,6 +778,33 @@ TEST(BadInput, ANewUpdateInTheMiddleOfSampling) {
     EXPECT_EQ(given, 0);
     EXPECT_EQ(vektaCheckPlan(nullptr, 0), VEKTA_CHECK_NO_PLAN);
     EXPECT_EQ(problems, "");
+}
+
+// ---------------------------------------------------------------------------
+// Sampling a finished axis for ever: the period counter never overflows
+// ---------------------------------------------------------------------------
+
+TEST(BadInput, ThePeriodCounterStopsBeforeItOverflows) {
+    Update u;
+    u.n = 1;
+    runFromLoad(u, false);
+    // As after some 124 days of sampling at 5 ms.
+    defaultState().records[0].sampleCount = INT_MAX - 3;
+    std::string problems;
+    int finished = 0, count = 0;
+    {
+        test::StdoutCapture quiet;
+        for (int i = 0; i < 6; ++i) {
+            const Sample s = sampleGuarded(0, 2, problems);
+            finished += s.finished;
+            count += s.count;
+        }
+    }
+    EXPECT_EQ(problems, "");
+    EXPECT_EQ(finished, 6);
+    EXPECT_EQ(count, 6) << "one end sample per call";
+    EXPECT_EQ(defaultState().records[0].sampleCount, INT_MAX - 1);
+    EXPECT_EQ(getLeftMoveTime(), 0.0);
 }
 
 // ---------------------------------------------------------------------------

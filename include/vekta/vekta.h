@@ -36,6 +36,12 @@
  * A failing plan also prints "step1 error:%d\n" (axis), or
  * "step2 error: mStep2 %d profile %d\n" and/or "step2 error:ts %f idx %d\n"
  * (common end time, axis), after the solver's own line.
+ *
+ * Guard: a curve holds at most 13 points. Inputs the planner is not made for
+ * (NaN, infinite or non-positive limits, for example) can need more; such an
+ * axis fails with "curve overflow:id %d points %d\n" (axis, points needed)
+ * before its step-1 or step-2 error line, and nothing is written beyond the
+ * curve's arrays. Plans of valid inputs never get there.
  */
 VEKTA_API bool vektaPostionModeParaUpd(int n, const double* tgtPos, const double* maxVel,
                                        const double* maxAcc, double jerkRatio,
@@ -88,9 +94,15 @@ VEKTA_API bool vektaPostionModeParaUpdConveyor(int n, double conveyorVel, double
  *
  * Returns 1 when the axis has finished its motion (the periods sampled reach
  * the curve's end time; every later call returns 1 with one end sample), 0
- * otherwise; 0 with count = 0 for a failed plan or an axis at or above the
- * planned axis count. nSamples <= 0 writes nothing and returns the finished
- * flag.
+ * otherwise; 0 with count = 0 for a failed plan, an axis at or above the
+ * planned axis count, a negative axis, or before any update. nSamples <= 0
+ * writes nothing and returns the finished flag. pos, vel and acc must hold
+ * nSamples entries, and at least one: with a single-axis plan the overshoot
+ * diagnostic below reads pos[0], vel[0] and acc[0] even when nothing was
+ * written (null arrays are never read or written with nSamples <= 0).
+ *
+ * Guard: the period counter stops one below the largest int (after some 124
+ * days of sampling one axis), so that it never overflows.
  *
  * Prints:
  *  - on the first call after an update, for every section whose time goes back
@@ -153,11 +165,14 @@ enum VektaCheckResult {
  * |v| <= V, also once the acceleration is ramped to zero at full jerk, for
  * the velocity.
  *
- * Tolerances: limits 1e-6 relative; continuity and the end position 2e-5
- * absolute (twice the root finder's tolerance: synchronised axes are solved
- * to 1e-5 on position and then pinned on the target) plus 1e-9 relative to
- * the curve's size; velocities and accelerations at the joins and at the end
- * 1e-9 relative to the limit; end times 1e-9 s relative to the end time.
+ * Tolerances: the limits 1e-6 relative. Continuity and the end position
+ * 2e-5 absolute (twice the root finder's tolerance: synchronised axes are
+ * solved to 1e-5 on position and then pinned on the target, so their last
+ * section may miss it by that much) plus 1e-9 of the positions joined.
+ * Velocities and accelerations at the joins and at the end 1e-6 of the limit
+ * or of the values joined when larger. Each also allows for the rounding of
+ * the point's time (1e-14 relative: late points of very long plans), and
+ * times may go back by that much. Six axes end within 1e-9 of the end time.
  *
  * When message is not null and messageSize > 0, writes a line (no newline,
  * cut to messageSize - 1 characters and terminated) naming the axis, the
