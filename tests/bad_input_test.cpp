@@ -807,6 +807,24 @@ TEST(BadInput, ThePeriodCounterStopsBeforeItOverflows) {
     EXPECT_EQ(getLeftMoveTime(), 0.0);
 }
 
+TEST(BadInput, StatisticsCountersStopBeforeTheyOverflow) {
+    // As after weeks of re-planning every period: the next six-axis plan
+    // passes node 9 and uses a profile once more, and nothing overflows.
+    Update u;
+    runFromLoad(u, false);
+    PlannerState& st = defaultState();
+    for (int& c : st.nodeVisitCount) c = INT_MAX;
+    for (int& c : st.profileUseCount) c = INT_MAX;
+    bool ok = false;
+    {
+        test::StdoutCapture quiet;
+        ok = call(u);
+    }
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(st.nodeVisitCount[9 - 1], INT_MAX);
+    for (const int c : st.profileUseCount) EXPECT_EQ(c, INT_MAX);
+}
+
 // ---------------------------------------------------------------------------
 // Bounded work: every tree walk ends, whatever its nodes decide
 // ---------------------------------------------------------------------------

@@ -150,7 +150,7 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         mirrorAxis(r);
     }
     const int nameIndex = frameOffset(r.inv) + r.step2Profile;
-    st.profileUseCount[nameIndex] += 1;
+    countEvent(st.profileUseCount[nameIndex]);
     const bool ok = tb.step2Solvers[r.step2Profile / 2](st, r);
     if (st.traceOn) std::printf("%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
     if (r.inv == -1) mirrorAxis(r);

@@ -101,6 +101,13 @@ struct PlannerState {
     std::int8_t planMode;  // PlanMode of the last update that planned
 };
 
+// Count one more event in a statistics counter. The counters grow across
+// plans for the life of the process; they stop at the largest int instead of
+// overflowing (re-planning every period would get there within weeks).
+inline void countEvent(int& counter) {
+    if (counter < 0x7fffffff) counter += 1;
+}
+
 // The process-wide state behind the exported functions.
 PlannerState& defaultState();
 
