@@ -394,6 +394,23 @@ const Row kLimits[] = {
 
 TEST(BadInput, ZeroNegativeAndNonFiniteLimits) { ROWS(kLimits); }
 
+TEST(BadInput, ACurveThatNeedsMoreThanThirteenPointsFailsItsAxis) {
+    // Found by the fuzzer: with negative limits the step-1 walk and solver
+    // wanted 14 points; the 14th went past the curve's arrays.
+    Update u;
+    u.n = 1;
+    u.tgt[0] = u.pos[0] = u.vel[0] = u.acc[0] = 0.0;
+    u.maxVel[0] = u.maxAcc[0] = -1e9;
+    u.ratio = 0.073925781250000003;
+    const Outcome o = runFromLoad(u);
+    EXPECT_FALSE(o.ok);
+    EXPECT_EQ(o.printed.rfind("curve overflow:id 0 points 14\nstep1 error:0\nposUpd: ", 0), 0u) << o.printed;
+    EXPECT_EQ(defaultState().records[0].pointCount, kMaxPoints) << "brought back inside the arrays";
+    EXPECT_EQ(o.checkCode, VEKTA_CHECK_NO_PLAN);
+    EXPECT_EQ(o.samplingProblems, "");
+    EXPECT_EQ(getLeftMoveTime(), defaultState().records[0].secTime[kMaxPoints - 1]);
+}
+
 const Row kJerkRatio[] = {
     {"jerk ratio 0.0, position 1 axis", [](Update& u) { u.kind = Kind::Position, u.n = 1, u.ratio = 0.0; }, false, VEKTA_CHECK_NO_PLAN,
      "step1 error:0"},

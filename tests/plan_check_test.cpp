@@ -187,6 +187,21 @@ TEST(PlanCheck, ToleratesTheRootFindersMissOnPositionAndNoMore) {
     EXPECT_EQ(v.message, "axis 0: acceleration steps from 2 to 1 at t = 0.2 s (jerk limit 10)");
 }
 
+TEST(PlanCheck, AnIntegrationThatOverflowsIsAViolation) {
+    // Finite points whose section integrates to inf - inf = NaN.
+    const double big = 1e308;
+    AxisPlan r = test::makeAxis(0.0, -big, big, 0.0, big, big, big);
+    r.secTime[1] = 10.0;
+    r.secAcc[1] = big;
+    r.secVel[1] = 0.0;
+    r.secPos[1] = 0.0;
+    r.pointCount = 2;
+    const Verdict v = check(*planned(r, 1, kVelocityPlan));
+    EXPECT_EQ(v.code, VEKTA_CHECK_DISCONTINUOUS);
+    EXPECT_EQ(v.message.rfind("axis 0: position 0 at t = 10 s, its section arrives at ", 0), 0u) << v.message;
+    EXPECT_NE(v.message.find("nan"), std::string::npos) << v.message;
+}
+
 TEST(PlanCheck, HoldsAStartBeyondALimitFromWhereItCanBeKept) {
     const double A = 2.0, J = 10.0;
     // Starts at a = 3 with A = 2: the first section ramps it down to A at -J,

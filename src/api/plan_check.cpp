@@ -81,8 +81,10 @@ JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
     const double v0 = std::fabs(r.secVel[h]), v1 = std::fabs(r.secVel[i]);
     JoinTolerance tol;
     tol.time = t > kTimeEps ? t : kTimeEps;
-    tol.pos = kPosAbs + kPosRel * (std::fabs(r.secPos[h]) + std::fabs(r.secPos[i])) + t * (v0 + v1);
-    tol.vel = kJoinRel * largest(r.maxVel, v0, v1) + t * (a0 + a1);
+    // Scaled before they are added, so that values near the largest double
+    // give a large tolerance rather than an infinite one.
+    tol.pos = kPosAbs + kPosRel * std::fabs(r.secPos[h]) + kPosRel * std::fabs(r.secPos[i]) + t * v0 + t * v1;
+    tol.vel = kJoinRel * largest(r.maxVel, v0, v1) + t * a0 + t * a1;
     tol.acc = kJoinRel * largest(r.maxAcc, a0, a1) + t * r.maxJerk;
     return tol;
 }
@@ -137,12 +139,14 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
                             t0, t1, i);
         }
         const SectionReport s = integrateSection(r, i);
-        if (std::fabs(s.posEnd - r.secPos[i]) > tol.pos) {
+        // Every test below is written so that a NaN (an integration that
+        // overflowed) counts as a violation.
+        if (!(std::fabs(s.posEnd - r.secPos[i]) <= tol.pos)) {
             return rep.code(VEKTA_CHECK_DISCONTINUOUS,
                             "axis %d: position %.9g at t = %g s, its section arrives at %.9g (tolerance %g)", axis,
                             r.secPos[i], t1, s.posEnd, tol.pos);
         }
-        if (std::fabs(s.velEnd - r.secVel[i]) > tol.vel) {
+        if (!(std::fabs(s.velEnd - r.secVel[i]) <= tol.vel)) {
             return rep.code(VEKTA_CHECK_DISCONTINUOUS,
                             "axis %d: velocity %.9g at t = %g s, its section arrives at %.9g (tolerance %g)", axis,
                             r.secVel[i], t1, s.velEnd, tol.vel);
@@ -151,7 +155,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
         // section of zero length (or one back by a rounding) may not change it.
         const double dA = r.secAcc[i] - r.secAcc[i - 1];
         const double dt = s.dt > 0.0 ? s.dt : 0.0;
-        if (std::fabs(dA) > J * dt * (1.0 + kLimitRel) + tol.acc) {
+        if (!(std::fabs(dA) <= J * dt * (1.0 + kLimitRel) + tol.acc)) {
             if (dt > 0.0) {
                 return rep.code(VEKTA_CHECK_JERK_LIMIT, "axis %d: jerk %g beyond the limit %g at t = %g s", axis,
                                 s.jerk, J, t0);
@@ -175,11 +179,11 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
     const int last = n - 1;
     const double tEnd = r.secTime[last];
     const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last);
-    if (std::fabs(r.secAcc[last]) > tol.acc) {
+    if (!(std::fabs(r.secAcc[last]) <= tol.acc)) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with acceleration %g instead of 0 at t = %g s", axis,
                         r.secAcc[last], tEnd);
     }
-    if (std::fabs(r.secVel[last] - tgtVel) > tol.vel) {
+    if (!(std::fabs(r.secVel[last] - tgtVel) <= tol.vel)) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with velocity %g instead of %g at t = %g s", axis,
                         r.secVel[last] + (rec.tgtVel - tgtVel), rec.tgtVel, tEnd);
     }
@@ -213,7 +217,7 @@ int checkPlan(const PlannerState& st, char* message, int messageSize) {
     for (int axis = 1; axis < axes; ++axis) {
         const AxisPlan& r = st.records[axis];
         const double t = r.secTime[r.pointCount - 1];
-        if (std::fabs(t - t0) > kEndTimeRel * (t > t0 ? t : t0) + kEndTimeAbs) {
+        if (!(std::fabs(t - t0) <= kEndTimeRel * (t > t0 ? t : t0) + kEndTimeAbs)) {
             return rep.code(VEKTA_CHECK_END_TIME, "axis %d: ends at t = %.9g s, axis 0 at t = %.9g s", axis, t, t0);
         }
     }
