@@ -185,6 +185,11 @@ TEST(PlanCheck, ToleratesTheRootFindersMissOnPositionAndNoMore) {
     const Verdict v = check(*planned(step));
     EXPECT_EQ(v.code, VEKTA_CHECK_JERK_LIMIT);
     EXPECT_EQ(v.message, "axis 0: acceleration steps from 2 to 1 at t = 0.2 s (jerk limit 10)");
+    // However large J: a section of no length has no time to change the
+    // acceleration in (found by the fuzzer with J = 1e300, where the last
+    // section's length was lost to the rounding of t = 1).
+    step.maxJerk = 1e300;
+    EXPECT_EQ(check(*planned(step)).code, VEKTA_CHECK_JERK_LIMIT);
 }
 
 TEST(PlanCheck, AnIntegrationThatOverflowsIsAViolation) {

@@ -73,6 +73,7 @@ double largest(double a, double b, double c) { return a > b ? (a > c ? a : c) : 
 // sizes involved, and the root finder's miss on position.
 struct JoinTolerance {
     double time, pos, vel, acc;
+    double jerkTime;  // the rounding of the section's duration, times J
 };
 
 JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
@@ -85,7 +86,8 @@ JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
     // give a large tolerance rather than an infinite one.
     tol.pos = kPosAbs + kPosRel * std::fabs(r.secPos[h]) + kPosRel * std::fabs(r.secPos[i]) + t * v0 + t * v1;
     tol.vel = kJoinRel * largest(r.maxVel, v0, v1) + t * a0 + t * a1;
-    tol.acc = kJoinRel * largest(r.maxAcc, a0, a1) + t * r.maxJerk;
+    tol.acc = kJoinRel * largest(r.maxAcc, a0, a1);
+    tol.jerkTime = t * r.maxJerk;
     return tol;
 }
 
@@ -152,10 +154,13 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
                             r.secVel[i], t1, s.velEnd, tol.vel);
         }
         // The acceleration may change by J per second, plus rounding; a
-        // section of zero length (or one back by a rounding) may not change it.
+        // section of zero length (or one back by a rounding) may not change
+        // it at all, whatever J: the sampler steps over it, and a step at
+        // the end time is never handed out.
         const double dA = r.secAcc[i] - r.secAcc[i - 1];
         const double dt = s.dt > 0.0 ? s.dt : 0.0;
-        if (!(std::fabs(dA) <= J * dt * (1.0 + kLimitRel) + tol.acc)) {
+        const double allowed = dt > 0.0 ? J * dt * (1.0 + kLimitRel) + tol.jerkTime + tol.acc : tol.acc;
+        if (!(std::fabs(dA) <= allowed)) {
             if (dt > 0.0) {
                 return rep.code(VEKTA_CHECK_JERK_LIMIT, "axis %d: jerk %g beyond the limit %g at t = %g s", axis,
                                 s.jerk, J, t0);
