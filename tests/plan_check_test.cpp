@@ -190,6 +190,15 @@ TEST(PlanCheck, ToleratesTheRootFindersMissOnPositionAndNoMore) {
     // section's length was lost to the rounding of t = 1).
     step.maxJerk = 1e300;
     EXPECT_EQ(check(*planned(step)).code, VEKTA_CHECK_JERK_LIMIT);
+    // Nor the velocity, however large A (found by the fuzzer with A = 1e300:
+    // the rounding of t = 1 had swallowed a section, and its velocity change
+    // was allowed as a rounding of the time).
+    step.secAcc[2] = 2.0;
+    step.secVel[2] += 0.5;
+    step.maxAcc = 1e300;
+    const Verdict w = check(*planned(step));
+    EXPECT_EQ(w.code, VEKTA_CHECK_DISCONTINUOUS);
+    EXPECT_EQ(w.message, "axis 0: velocity 0.7 at t = 0.2 s, its section arrives at 0.2 (tolerance 1e-06)");
 }
 
 TEST(PlanCheck, AnIntegrationThatOverflowsIsAViolation) {

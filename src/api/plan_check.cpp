@@ -70,18 +70,22 @@ double largest(double a, double b, double c) { return a > b ? (a > c ? a : c) : 
 
 // The tolerances where the section from point h to point i meets point i (h =
 // i - 1; at the end of a one-point curve h = i): rounding relative to the
-// sizes involved, and the root finder's miss on position.
+// sizes involved, and the root finder's miss on position. Only a section of
+// positive length (`integrated`) is also allowed the rounding of its time:
+// the sampler steps over a section of no length, so whatever changes across
+// it is handed out as a jump.
 struct JoinTolerance {
     double time, pos, vel, acc;
     double jerkTime;  // the rounding of the section's duration, times J
 };
 
-JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
-    const double t = std::fabs(r.secTime[i]) * kTimeEps;
+JoinTolerance joinTolerance(const AxisPlan& r, int h, int i, bool integrated) {
+    const double t = integrated ? std::fabs(r.secTime[i]) * kTimeEps : 0.0;
     const double a0 = std::fabs(r.secAcc[h]), a1 = std::fabs(r.secAcc[i]);
     const double v0 = std::fabs(r.secVel[h]), v1 = std::fabs(r.secVel[i]);
     JoinTolerance tol;
-    tol.time = t > kTimeEps ? t : kTimeEps;
+    const double tRound = std::fabs(r.secTime[i]) * kTimeEps;
+    tol.time = tRound > kTimeEps ? tRound : kTimeEps;
     // Scaled before they are added, so that values near the largest double
     // give a large tolerance rather than an infinite one.
     tol.pos = kPosAbs + kPosRel * std::fabs(r.secPos[h]) + kPosRel * std::fabs(r.secPos[i]) + t * v0 + t * v1;
@@ -135,7 +139,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
     bool velHeld = velocityKeepable(r.secVel[0], r.secAcc[0], V, J);
     for (int i = 1; i < n; ++i) {
         const double t0 = r.secTime[i - 1], t1 = r.secTime[i];
-        const JoinTolerance tol = joinTolerance(r, i - 1, i);
+        const JoinTolerance tol = joinTolerance(r, i - 1, i, t1 > t0);
         if (t1 < t0 - tol.time) {
             return rep.code(VEKTA_CHECK_TIME_BACK, "axis %d: time goes back from %g s to %g s at point %d", axis,
                             t0, t1, i);
@@ -183,7 +187,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
 
     const int last = n - 1;
     const double tEnd = r.secTime[last];
-    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last);
+    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last, false);
     if (!(std::fabs(r.secAcc[last]) <= tol.acc)) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with acceleration %g instead of 0 at t = %g s", axis,
                         r.secAcc[last], tEnd);
