@@ -170,12 +170,12 @@ enum VektaCheckResult {
  * solved to 1e-5 on position and then pinned on the target, so their last
  * section may miss it by that much) plus 1e-9 of the positions joined.
  * Velocities and accelerations at the joins and at the end 1e-6 of the limit
- * or of the values joined when larger. A section of positive length is also
- * allowed the rounding of its time (1e-14 relative: late points of very long
- * plans) in position, velocity and jerk, and times may go back by that much;
- * a section of zero length is not, whatever the limits: the sampler steps
- * over it, so what changes across it is handed out as a jump. Six axes end
- * within 1e-9 of the end time.
+ * or of the values joined when larger. Times may go back by their rounding
+ * (1e-14 relative: late points of very long plans), and the jerk of a
+ * section of positive length is allowed what J makes of that rounding; a
+ * section of zero length may not change the acceleration at all, whatever
+ * the limits (the sampler steps over it: what changes across it is handed
+ * out as a jump). Six axes end within 1e-9 of the end time.
  *
  * When message is not null and messageSize > 0, writes a line (no newline,
  * cut to messageSize - 1 characters and terminated) naming the axis, the

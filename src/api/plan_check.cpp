@@ -35,8 +35,10 @@ constexpr double kPosRel = 1e-9;
 // limit or to the values joined when they are larger (a start beyond it).
 constexpr double kJoinRel = 1e-6;
 // Rounding of a curve time, relative to the time: a point late in a long plan
-// is only known to a few units in the last place, and each tolerance grows by
-// what the rates at the point make of that.
+// is only known to a few units in the last place, so times may go back by
+// that much, and the jerk of a section is allowed what J makes of it. Never
+// positions or velocities: a large acceleration times that rounding would
+// excuse a jump the sampler hands out.
 constexpr double kTimeEps = 1e-14;
 // Six axes end together: relative to the end time, or absolute for short plans.
 constexpr double kEndTimeRel = 1e-9;
@@ -70,26 +72,22 @@ double largest(double a, double b, double c) { return a > b ? (a > c ? a : c) : 
 
 // The tolerances where the section from point h to point i meets point i (h =
 // i - 1; at the end of a one-point curve h = i): rounding relative to the
-// sizes involved, and the root finder's miss on position. Only a section of
-// positive length (`integrated`) is also allowed the rounding of its time:
-// the sampler steps over a section of no length, so whatever changes across
-// it is handed out as a jump.
+// sizes involved, and the root finder's miss on position.
 struct JoinTolerance {
     double time, pos, vel, acc;
     double jerkTime;  // the rounding of the section's duration, times J
 };
 
-JoinTolerance joinTolerance(const AxisPlan& r, int h, int i, bool integrated) {
-    const double t = integrated ? std::fabs(r.secTime[i]) * kTimeEps : 0.0;
+JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
+    const double t = std::fabs(r.secTime[i]) * kTimeEps;
     const double a0 = std::fabs(r.secAcc[h]), a1 = std::fabs(r.secAcc[i]);
     const double v0 = std::fabs(r.secVel[h]), v1 = std::fabs(r.secVel[i]);
     JoinTolerance tol;
-    const double tRound = std::fabs(r.secTime[i]) * kTimeEps;
-    tol.time = tRound > kTimeEps ? tRound : kTimeEps;
+    tol.time = t > kTimeEps ? t : kTimeEps;
     // Scaled before they are added, so that values near the largest double
     // give a large tolerance rather than an infinite one.
-    tol.pos = kPosAbs + kPosRel * std::fabs(r.secPos[h]) + kPosRel * std::fabs(r.secPos[i]) + t * v0 + t * v1;
-    tol.vel = kJoinRel * largest(r.maxVel, v0, v1) + t * a0 + t * a1;
+    tol.pos = kPosAbs + kPosRel * std::fabs(r.secPos[h]) + kPosRel * std::fabs(r.secPos[i]);
+    tol.vel = kJoinRel * largest(r.maxVel, v0, v1);
     tol.acc = kJoinRel * largest(r.maxAcc, a0, a1);
     tol.jerkTime = t * r.maxJerk;
     return tol;
@@ -139,7 +137,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
     bool velHeld = velocityKeepable(r.secVel[0], r.secAcc[0], V, J);
     for (int i = 1; i < n; ++i) {
         const double t0 = r.secTime[i - 1], t1 = r.secTime[i];
-        const JoinTolerance tol = joinTolerance(r, i - 1, i, t1 > t0);
+        const JoinTolerance tol = joinTolerance(r, i - 1, i);
         if (t1 < t0 - tol.time) {
             return rep.code(VEKTA_CHECK_TIME_BACK, "axis %d: time goes back from %g s to %g s at point %d", axis,
                             t0, t1, i);
@@ -187,7 +185,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
 
     const int last = n - 1;
     const double tEnd = r.secTime[last];
-    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last, false);
+    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last);
     if (!(std::fabs(r.secAcc[last]) <= tol.acc)) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with acceleration %g instead of 0 at t = %g s", axis,
                         r.secAcc[last], tEnd);
