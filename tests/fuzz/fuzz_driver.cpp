@@ -236,14 +236,18 @@ const char* sampleToEnd(bool velocityName) {
             // to the check's position tolerance (a synchronised axis's last
             // section may miss its pinned end by the root finder's 1e-5).
             const double endPos = r.secPos[r.pointCount - 1];
-            double scale = 0.0;
-            for (int i = 0; i < r.pointCount; ++i) scale = std::fmax(scale, std::fabs(r.secPos[i]));
+            double pScale = 0.0, vScale = r.maxVel, aScale = r.maxAcc;
+            for (int i = 0; i < r.pointCount; ++i) {
+                pScale = std::fmax(pScale, std::fabs(r.secPos[i]));
+                vScale = std::fmax(vScale, std::fabs(r.secVel[i]));
+                aScale = std::fmax(aScale, std::fabs(r.secAcc[i]));
+            }
             // The sampler takes a section whose acceleration changes by less
             // than 1e-5 as flat, so a curve sample may keep that much.
             const double end = r.secTime[r.pointCount - 1];
-            if (std::fabs(last.acc) > 1e-6 * r.maxAcc + 1e-5 ||
-                std::fabs(last.vel - r.tgtVel) > 1e-6 * r.maxVel + 1e-5 * end ||
-                std::fabs(last.pos - endPos) > 2e-5 + 1e-9 * scale) {
+            if (std::fabs(last.acc) > 1e-6 * aScale + 1e-5 ||
+                std::fabs(last.vel - r.tgtVel) > 1e-6 * vScale + 1e-5 * end ||
+                std::fabs(last.pos - endPos) > 2e-5 + 2e-9 * pScale) {
                 if (traceCalls) {
                     std::fprintf(stderr, "axis %d after %d calls: sample (%.17g %.17g %.17g), end (%.17g %.17g 0)\n",
                                  axis, calls, last.pos, last.vel, last.acc, endPos, r.tgtVel);
