@@ -3,10 +3,12 @@
 #   make build  the same build without running the tests
 #   make demo   build the vekta tool (release) and run its demo: table, CSV, PNG
 #   make bench  the Google Benchmark suite on a release build (BENCH_ARGS=... passed on)
+#   make fuzz [SECONDS=600]  run the libFuzzer target longer than the tests do
 PRESET ?= ci
 JOBS ?= $(shell nproc)
+SECONDS ?= 600
 
-.PHONY: test build deps clean demo bench
+.PHONY: test build deps clean demo bench fuzz
 
 test: build
 	ctest --preset $(PRESET) -j $(JOBS)
@@ -30,6 +32,9 @@ bench: deps
 
 deps:
 	@bash tools/install-deps.sh
+
+fuzz: build
+	bash tests/fuzz/run_fuzz.sh build/$(PRESET)/tests/fuzz/vekta_fuzz $(SECONDS) build/$(PRESET)/tests/fuzz-long tests/fuzz
 
 clean:
 	rm -rf build

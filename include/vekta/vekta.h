@@ -36,6 +36,12 @@
  * A failing plan also prints "step1 error:%d\n" (axis), or
  * "step2 error: mStep2 %d profile %d\n" and/or "step2 error:ts %f idx %d\n"
  * (common end time, axis), after the solver's own line.
+ *
+ * Guard: a curve holds at most 13 points. Inputs the planner is not made for
+ * (NaN, infinite or non-positive limits, for example) can need more; such an
+ * axis fails with "curve overflow:id %d points %d\n" (axis, points needed)
+ * before its step-1 or step-2 error line, and nothing is written beyond the
+ * curve's arrays. Plans of valid inputs never get there.
  */
 VEKTA_API bool vektaPostionModeParaUpd(int n, const double* tgtPos, const double* maxVel,
                                        const double* maxAcc, double jerkRatio,
@@ -88,9 +94,15 @@ VEKTA_API bool vektaPostionModeParaUpdConveyor(int n, double conveyorVel, double
  *
  * Returns 1 when the axis has finished its motion (the periods sampled reach
  * the curve's end time; every later call returns 1 with one end sample), 0
- * otherwise; 0 with count = 0 for a failed plan or an axis at or above the
- * planned axis count. nSamples <= 0 writes nothing and returns the finished
- * flag.
+ * otherwise; 0 with count = 0 for a failed plan, an axis at or above the
+ * planned axis count, a negative axis, or before any update. nSamples <= 0
+ * writes nothing and returns the finished flag. pos, vel and acc must hold
+ * nSamples entries, and at least one: with a single-axis plan the overshoot
+ * diagnostic below reads pos[0], vel[0] and acc[0] even when nothing was
+ * written (null arrays are never read or written with nSamples <= 0).
+ *
+ * Guard: the period counter stops one below the largest int (after some 124
+ * days of sampling one axis), so that it never overflows.
  *
  * Prints:
  *  - on the first call after an update, for every section whose time goes back
@@ -114,6 +126,63 @@ VEKTA_API int vektaVelocityModePerFreedom(int axis, int nSamples, double* pos, d
  * periods sampled so far times 5 ms, never negative. Prints nothing.
  */
 VEKTA_API double getLeftMoveTime();
+
+/*
+ * Results of vektaCheckPlan: 0 when the plan may be sampled, otherwise the
+ * kind of the first violation found.
+ */
+enum VektaCheckResult {
+    VEKTA_CHECK_OK = 0,
+    VEKTA_CHECK_NO_PLAN = 1,           /* no update yet, or the last update failed */
+    VEKTA_CHECK_CONVEYOR_REFUSED = 2,  /* the catch-up ends beyond the conveyor limit */
+    VEKTA_CHECK_POINT_COUNT = 3,       /* an axis has not 1 to 13 curve points */
+    VEKTA_CHECK_NOT_FINITE = 4,        /* a curve value is NaN or infinite */
+    VEKTA_CHECK_BAD_LIMIT = 5,         /* a limit is not a positive finite number */
+    VEKTA_CHECK_TIME_BACK = 6,         /* times do not start at 0 and never decrease */
+    VEKTA_CHECK_DISCONTINUOUS = 7,     /* a section does not meet its end point */
+    VEKTA_CHECK_JERK_LIMIT = 8,        /* |jerk| > J (or an acceleration step) */
+    VEKTA_CHECK_ACC_LIMIT = 9,         /* |a| > A */
+    VEKTA_CHECK_VEL_LIMIT = 10,        /* |v| > V */
+    VEKTA_CHECK_END_STATE = 11,        /* the last point is not the planned end */
+    VEKTA_CHECK_END_TIME = 12,         /* six axes do not end at the same time */
+    VEKTA_CHECK_LAST = VEKTA_CHECK_END_TIME
+};
+
+/*
+ * Checks the current plan of every planned axis, as the sampler will hand it
+ * out, and returns VEKTA_CHECK_OK or the code of the first violation: axis by
+ * axis, the point count, finite values, positive finite limits, times from 0
+ * never decreasing, then section by section in time order continuity (each
+ * section integrated from its start with its implied constant jerk meets its
+ * end point), |jerk| <= J, |a| <= A and |v| <= V anywhere inside, then the
+ * end state; last, for six axes, the common end time.
+ *
+ * The end state is the target at rest (position mode), rest (velocity mode),
+ * or, for axis 0 of a conveyor plan, the target moving with the conveyor.
+ * Conveyor plans are checked in the conveyor's frame, in which the limits
+ * were planned. A start beyond a limit is held to that limit from the first
+ * curve point from which it can be kept: |a| <= A for the acceleration;
+ * |v| <= V, also once the acceleration is ramped to zero at full jerk, for
+ * the velocity.
+ *
+ * Tolerances: the limits 1e-6 relative. Continuity and the end position
+ * 2e-5 absolute (twice the root finder's tolerance: synchronised axes are
+ * solved to 1e-5 on position and then pinned on the target, so their last
+ * section may miss it by that much) plus 1e-9 of the positions joined.
+ * Velocities and accelerations at the joins and at the end 1e-6 of the limit
+ * or of the values joined when larger. Times may go back by their rounding
+ * (1e-14 relative: late points of very long plans), and the jerk of a
+ * section of positive length is allowed what J makes of that rounding; a
+ * section of zero length may not change the acceleration at all, whatever
+ * the limits (the sampler steps over it: what changes across it is handed
+ * out as a jump). Six axes end within 1e-9 of the end time.
+ *
+ * When message is not null and messageSize > 0, writes a line (no newline,
+ * cut to messageSize - 1 characters and terminated) naming the axis, the
+ * quantity, the value, the limit or expected value and the time, or "ok".
+ * Changes nothing in the plan and prints nothing.
+ */
+VEKTA_API int vektaCheckPlan(char* message, int messageSize);
 
 /* Switches the planner's trace prints on or off. Returns nothing, prints nothing. */
 VEKTA_API void setTestLevel(bool on);

@@ -1,4 +1,5 @@
 // The exported entry points: thin wrappers over the process-wide default state.
+#include "api/plan_check.h"
 #include "api/sampler.h"
 #include "api/updates.h"
 #include "vekta/vekta.h"
@@ -40,4 +41,8 @@ bool vektaPostionModeParaUpdConveyor(int n, double conveyorVel, double conveyorL
                                      const double* maxAcc, double jerkRatio, double spare) {
     return vekta::conveyorUpdate(defaultState(), n, conveyorVel, conveyorLimit, tgtPos, maxVel,
                                  maxAcc, jerkRatio, spare);
+}
+
+int vektaCheckPlan(char* message, int messageSize) {
+    return vekta::checkPlan(defaultState(), message, messageSize);
 }

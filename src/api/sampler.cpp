@@ -6,6 +6,7 @@
 // each call resumes at the section where the previous call stopped.
 #include "api/sampler.h"
 
+#include <climits>
 #include <cmath>
 #include <cstdio>
 
@@ -20,6 +21,15 @@ namespace {
 int lastIndex(const AxisPlan& rec) { return rec.pointCount > 0 ? rec.pointCount - 1 : 0; }
 
 double periodTime(int period) { return period * CYCLE_TIME; }
+
+// The period counter keeps running after the end of the curve; it stops one
+// below the largest int (after some 124 days of sampling one axis) so that
+// neither it nor the next period's number ever overflows.
+constexpr int kLastPeriod = INT_MAX - 1;
+
+void countPeriod(AxisPlan& r) {
+    if (r.sampleCount < kLastPeriod) r.sampleCount += 1;
+}
 
 // Report every section of every planned axis whose end time lies more than the
 // tolerance before its start time. Only a report: sampling goes on.
@@ -120,7 +130,7 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
             vel[k] = r.secVel[c - 1] + r.secAcc[c - 1] * tau + jerk * halfTau2;
             pos[k] = r.secPos[c - 1] + r.secVel[c - 1] * tau + r.secAcc[c - 1] * halfTau2 +
                      jerk * (halfTau2 * tau / 3.0);
-            r.sampleCount += 1;
+            countPeriod(r);
             r.secCursor = c;
             k += 1;
         }
@@ -129,7 +139,7 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
             acc[k] = 0.0;
             vel[k] = r.tgtVel;
             pos[k] = r.secPos[last];
-            r.sampleCount += 1;
+            countPeriod(r);
             if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
             count = k + 1;
         } else {

@@ -56,6 +56,7 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
         r.tgtPos = tgtPos[i];
     }
     const bool ok = planAxes(st, true);
+    st.planMode = kPositionPlan;
 
     const AxisPlan& r0 = st.records[0];
     std::printf("posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
@@ -75,6 +76,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
         copyAxis(st.records[i], i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
     }
     const bool ok = planAxes(st, false);
+    st.planMode = kVelocityPlan;
 
     const AxisPlan& r0 = st.records[0];
     std::printf("velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
@@ -101,6 +103,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     // The catch-up must end before the conveyor target reaches the limit.
     const double travel = leftMoveTime(st) * conveyorVel;
     if (tgtPos[0] + travel >= conveyorLimit) {
+        st.planMode = kConveyorRefusedPlan;
         std::printf("vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
                     conveyorLimit);
         return false;
@@ -113,6 +116,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
         r0.secVel[i] += conveyorVel;
     }
     r0.tgtVel = conveyorVel;
+    st.planMode = kConveyorPlan;
     return true;
 }
 

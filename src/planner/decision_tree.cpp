@@ -46,7 +46,7 @@ void walkStep1Velocity(PlannerState& st, const DecisionTree& tree, AxisPlan& rec
 
 void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
     for (int n = kSnapshotNode; n != 0;) {
-        st.nodeVisitCount[n - 1] += 1;
+        countEvent(st.nodeVisitCount[n - 1]);
         const bool result = tree.nodes[n](st, rec);
         if (st.traceOn) std::printf("%d-%d \t", n, result ? 1 : 0);
         n = successor(tree, n, result);

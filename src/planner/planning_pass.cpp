@@ -38,6 +38,17 @@ int partnerProfile(int id) { return id >= 2 ? (id ^ 1) : id; }
 
 double lastTime(const AxisPlan& r) { return r.secTime[r.pointCount - 1]; }
 
+// The curve capacity guard: a curve that needed more points than its arrays
+// hold (the point writers dropped the excess) fails the axis, and its count is
+// brought back inside the arrays so that everything reading the curve later
+// (sampler, getLeftMoveTime, the plan check) stays in bounds.
+bool curveFits(AxisPlan& r, int axis) {
+    if (r.pointCount <= kMaxPoints) return true;
+    std::printf("curve overflow:id %d points %d\n", axis, r.pointCount);
+    r.pointCount = kMaxPoints;
+    return false;
+}
+
 void resetCurve(AxisPlan& r) {
     r.secTime[0] = 0.0;
     r.secAcc[0] = r.curAcc;
@@ -49,11 +60,12 @@ void resetCurve(AxisPlan& r) {
 }
 
 // Phase 1 of a position-mode plan for one axis.
-bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r) {
+bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis) {
     r.step1Profile = 0;
     r.tgtVel = 0.0;
     resetCurve(r);
     walkStep1Position(st, *tb.step1Tree, r);
+    if (!curveFits(r, axis)) return false;
 
     // The state as the walk left it, and its frame.
     const double tgtPos = r.tgtPos, curPos = r.curPos, curVel = r.curVel;
@@ -77,11 +89,11 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r) {
     }
     r.pointCount += 1;  // the solver's last point
     r.step1Ok = ok;
-    return ok;
+    return curveFits(r, axis) && ok;
 }
 
 // Phase 1 of a velocity-mode plan: the fastest change to tgtVel.
-bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r) {
+bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis) {
     r.velProfile = kNoVelProfile;
     resetCurve(r);
     walkStep1Velocity(st, *tb.step1Tree, r);
@@ -99,9 +111,10 @@ bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r) {
         mirrorAxis(r);
         r.velProfile = frameOffset(r.inv) + (trapezoid ? 0 : 2);
     }
+    if (!curveFits(r, axis)) return false;
     const bool ok = tb.velModeSolvers[r.velProfile / 2](r);
     r.pointCount += 1;
-    return ok;
+    return curveFits(r, axis) && ok;
 }
 
 void restoreSnapshot(AxisPlan& r) {
@@ -120,6 +133,10 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     r.planTime = r.snapPlanTime;
     r.remTime = maxT - lastTime(r);
     walkStep2(st, *tb.step2Tree, r);
+    if (!curveFits(r, axis)) {
+        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        return false;
+    }
 
     const int id = r.step2Profile;
     if (id > kStep2LastProfile) {
@@ -133,12 +150,13 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         mirrorAxis(r);
     }
     const int nameIndex = frameOffset(r.inv) + r.step2Profile;
-    st.profileUseCount[nameIndex] += 1;
+    countEvent(st.profileUseCount[nameIndex]);
     const bool ok = tb.step2Solvers[r.step2Profile / 2](st, r);
     if (st.traceOn) std::printf("%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
     if (r.inv == -1) mirrorAxis(r);
-    r.secPos[r.pointCount - 1] = r.tgtPos;  // pinned exactly on the target
-    if (!ok) {
+    const bool fits = curveFits(r, axis);
+    if (fits) r.secPos[r.pointCount - 1] = r.tgtPos;  // pinned exactly on the target
+    if (!ok || !fits) {
         std::printf("step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
@@ -159,8 +177,12 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         mirrorAxis(r);
         r.velProfile = 4 + frameOffset(r.inv);
     }
-    const bool ok = tb.velModeSolvers[r.velProfile / 2](r);
-    r.pointCount += 1;
+    bool ok = curveFits(r, axis);
+    if (ok) {
+        ok = tb.velModeSolvers[r.velProfile / 2](r);
+        r.pointCount += 1;
+        ok = curveFits(r, axis) && ok;
+    }
     if (!ok) {
         std::printf("step2 error:ts %f idx %d\n", maxT, axis);
         return false;
@@ -203,7 +225,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
         AxisPlan& r = st.records[i];
         r.inv = 1;
         r.planTime = 0.0;
-        const bool ok = positionMode ? planStep1Position(st, tb, r) : planStep1Velocity(st, tb, r);
+        const bool ok = positionMode ? planStep1Position(st, tb, r, i) : planStep1Velocity(st, tb, r, i);
         if (!ok) {
             std::printf("step1 error:%d\n", i);
             return false;

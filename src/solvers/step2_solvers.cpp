@@ -121,7 +121,7 @@ double finishShape(AxisPlan& rec, const ShapeWalk& w) {
         const double s = static_cast<double>(rec.inv);
         for (int i = 0; i < w.n; ++i) {
             storePoint(rec, k + i, t0 + w.time[i], w.acc[i], w.vel[i], w.pos[i], s);
-            if (w.acc[i] == 0.0) rec.secAcc[k + i] = 0.0;  // a zero level stays a plain zero
+            if (w.acc[i] == 0.0) storeZeroAcc(rec, k + i);  // a zero level stays a plain zero
         }
         rec.writeSections = 0;
         rec.pointCount = k + w.n;

@@ -57,7 +57,7 @@ bool velTrapPulse(AxisPlan& rec) {
     storePoint(rec, k, t0 + t1, A, v1, p1, s);
     storePoint(rec, k + 1, t0 + th, A, v2, p2, s);
     storePoint(rec, k + 2, t0 + tE, 0.0, vt, p3, s);
-    rec.secAcc[k + 2] = 0.0;  // a plain +0 whatever the frame
+    storeZeroAcc(rec, k + 2);  // a plain +0 whatever the frame
     rec.pointCount = k + 2;
     return true;
 }
@@ -78,7 +78,7 @@ bool velTriPulse(AxisPlan& rec) {
     const double s = static_cast<double>(rec.inv);
     storePoint(rec, k, t0 + t1, ap, v1, p1, s);
     storePoint(rec, k + 1, t0 + t1 + t2, 0.0, vt, p2, s);
-    rec.secAcc[k + 1] = 0.0;  // a plain +0 whatever the frame
+    storeZeroAcc(rec, k + 1);  // a plain +0 whatever the frame
     rec.pointCount = k + 1;
     return true;
 }

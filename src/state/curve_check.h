@@ -26,6 +26,17 @@ struct CurveReport {
 // Integrate every section of rec's curve (points 0 .. pointCount - 1).
 CurveReport checkCurve(const AxisPlan& rec);
 
+// One section, from point i - 1 to point i (1 <= i < kMaxPoints), integrated
+// from its start point with its implied jerk.
+struct SectionReport {
+    double dt;             // duration (negative when time goes back)
+    double jerk;           // implied jerk; 0 for a section of zero length
+    double velEnd, posEnd;  // integrated end state, to compare with point i
+    double peakVel;        // largest |v| inside: both ends and a turning point
+    double peakVelTime;    // time of that largest |v|
+};
+SectionReport integrateSection(const AxisPlan& rec, int i);
+
 }  // namespace vekta
 
 #endif

@@ -13,10 +13,12 @@ PlannerState& defaultState() {
 void appendPoint(AxisPlan& rec) {
     const double s = static_cast<double>(rec.inv);
     const int k = rec.pointCount;
-    rec.secTime[k] = rec.planTime;
-    rec.secPos[k] = rec.curPos * s;
-    rec.secVel[k] = rec.curVel * s;
-    rec.secAcc[k] = rec.curAcc * s;
+    if (pointFits(k)) {
+        rec.secTime[k] = rec.planTime;
+        rec.secPos[k] = rec.curPos * s;
+        rec.secVel[k] = rec.curVel * s;
+        rec.secAcc[k] = rec.curAcc * s;
+    }
     rec.pointCount = k + 1;
 }
 
@@ -31,10 +33,12 @@ int appendAccToZero(AxisPlan& rec) {
     rec.curPos = pos;
     const double s = static_cast<double>(rec.inv);
     const int k = rec.pointCount;
-    rec.secTime[k] = rec.planTime;
-    rec.secPos[k] = rec.curPos * s;
-    rec.secAcc[k] = 0.0 * s;  // a signed zero in the mirrored frame
-    rec.secVel[k] = rec.curVel * s;
+    if (pointFits(k)) {
+        rec.secTime[k] = rec.planTime;
+        rec.secPos[k] = rec.curPos * s;
+        rec.secAcc[k] = 0.0 * s;  // a signed zero in the mirrored frame
+        rec.secVel[k] = rec.curVel * s;
+    }
     rec.pointCount = k + 1;
     rec.remTime -= dt;
     return rec.pointCount;

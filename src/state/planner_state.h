@@ -58,6 +58,16 @@ struct AxisPlan {
     int secCursor;    // index of the point that ends the section being sampled
 };
 
+// What the last accepted update planned, so that a plan can be checked
+// against its own end condition; none before the first update.
+enum PlanMode : std::int8_t {
+    kNoPlanMode = 0,
+    kPositionPlan,         // every axis to rest on its target
+    kVelocityPlan,         // every axis to rest, no position condition
+    kConveyorPlan,         // axis 0 ends moving with the conveyor (tgtVel)
+    kConveyorRefusedPlan,  // a catch-up that ends beyond the conveyor limit
+};
+
 // The whole planner: six axes, plan flags, statistics, the bracket hints that
 // step-2 tree nodes leave for the step-2 solvers, and the sampler's memory.
 struct PlannerState {
@@ -87,19 +97,40 @@ struct PlannerState {
     bool traceOn;
     bool noStopPending;   // sampler memory for the "no-stop" warning
     double lastFirstPos;  // first position of the previous single-axis sample call
+
+    std::int8_t planMode;  // PlanMode of the last update that planned
 };
+
+// Count one more event in a statistics counter. The counters grow across
+// plans for the life of the process; they stop at the largest int instead of
+// overflowing (re-planning every period would get there within weeks).
+inline void countEvent(int& counter) {
+    if (counter < 0x7fffffff) counter += 1;
+}
 
 // The process-wide state behind the exported functions.
 PlannerState& defaultState();
+
+// Curve capacity guard. Every point writer below stores nothing at an index
+// beyond the arrays (it still counts the point, so pointCount > kMaxPoints
+// shows the overflow); the planning pass then fails the axis. Only inputs the
+// planner is not made for (NaN, non-positive limits) need more than 13 points.
+inline bool pointFits(int k) { return k >= 0 && k < kMaxPoints; }
 
 // Store curve point k: time as given, acceleration, velocity and position each
 // multiplied by `sign` (the frame sign, or -1 for a mirrored solver variant).
 inline void storePoint(AxisPlan& rec, int k, double t, double a, double v, double p,
                        double sign) {
+    if (!pointFits(k)) return;
     rec.secTime[k] = t;
     rec.secAcc[k] = a * sign;
     rec.secVel[k] = v * sign;
     rec.secPos[k] = p * sign;
+}
+
+// Overwrite point k's acceleration with a plain +0, whatever the frame.
+inline void storeZeroAcc(AxisPlan& rec, int k, double zeroSign = 1.0) {
+    if (pointFits(k)) rec.secAcc[k] = 0.0 * zeroSign;
 }
 
 // Store the working state as the next curve point (values times inv) and count it.

@@ -240,7 +240,7 @@ double residualPLNT(AxisPlan& rec, const double* xp) {
 // acceleration is stored with.
 void storeLast(AxisPlan& rec, int k, double t, double sign, double zeroSign) {
     storePoint(rec, k, t, 0.0, rec.tgtVel, rec.tgtPos, sign);
-    rec.secAcc[k] = 0.0 * zeroSign;
+    storeZeroAcc(rec, k, zeroSign);
 }
 
 }  // namespace

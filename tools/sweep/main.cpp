@@ -39,6 +39,9 @@ int main(int argc, char** argv) {
         setTestLevel(trace);
         const Outcome o = runMotion(m);
         std::fflush(stdout);
+        char check[256];
+        vektaCheckPlan(check, sizeof check);
+        std::printf("plan check: %s (%s)\n", checkCodeName(o.checkCode), check);
         std::printf("planned %.17g s, %d periods;", o.plannedTime, o.periods);
         bool any = false;
         for (int k = 0; k < kFailureKinds; ++k) {

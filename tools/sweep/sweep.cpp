@@ -54,6 +54,14 @@ const char* failureName(int kind) {
     return kind >= 0 && kind < kFailureKinds ? names[kind] : "?";
 }
 
+const char* checkCodeName(int code) {
+    static const char* const names[kCheckCodes] = {
+        "ok",           "no-plan",   "conveyor-refused", "point-count", "not-finite",
+        "bad-limit",    "time-back", "discontinuous",    "jerk-limit",  "acc-limit",
+        "vel-limit",    "end-state", "end-time"};
+    return code >= 0 && code < kCheckCodes ? names[code] : "?";
+}
+
 bool Outcome::any() const { return std::any_of(failed, failed + kFailureKinds, [](bool b) { return b; }); }
 
 Motion drawMotion(std::uint64_t seed, std::uint64_t index) {
@@ -106,6 +114,7 @@ Outcome runMotion(const Motion& m) {
         m.mode == Mode::Position
             ? vektaPostionModeParaUpd(m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0)
             : vektaVelocityModeParaUpd(m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0);
+    o.checkCode = vektaCheckPlan(nullptr, 0);
     if (!ok) {
         o.failed[kRejected] = true;
         return o;
@@ -184,21 +193,30 @@ void Summary::add(std::uint64_t index, const Motion& m, const Outcome& o) {
     t.withinLimits += accepted && !o.failed[kVelocityLimit] && !o.failed[kAccelerationLimit] &&
                       !o.failed[kJerkLimit];
     t.clean += !o.any();
+    const bool checked = o.checkCode == 0;
+    t.checked += checked;
+    if (o.checkCode >= 0 && o.checkCode < kCheckCodes) ++t.byCheckCode[o.checkCode];
+    t.checkedNotClean += checked && o.any();
+    t.cleanNotChecked += !checked && !o.any();
     worstMinimalError = std::max(worstMinimalError, o.minimalError);
     for (int k = 0; k < kFailureKinds; ++k) {
         if (!o.failed[k]) continue;
         ++failures[k];
-        if (examples < kKeptExamples) {
-            // Keep the first example of each kind before a second of any.
-            bool seen = false;
-            for (int e = 0; e < examples; ++e) seen = seen || exampleKind[e] == k;
-            if (!seen) {
-                exampleIndex[examples] = index;
-                exampleKind[examples] = k;
-                ++examples;
-            }
-        }
+        keepExample(index, k);
     }
+    // An accepted plan the check refuses: keep one of each code as well.
+    if (!o.failed[kRejected] && !checked) keepExample(index, kFailureKinds + o.checkCode);
+}
+
+void Summary::keepExample(std::uint64_t index, int kind) {
+    if (examples >= kKeptExamples) return;
+    // Keep the first example of each kind before a second of any.
+    for (int e = 0; e < examples; ++e) {
+        if (exampleKind[e] == kind) return;
+    }
+    exampleIndex[examples] = index;
+    exampleKind[examples] = kind;
+    ++examples;
 }
 
 std::string replayCommand(const char* program, std::uint64_t seed, std::uint64_t index) {
@@ -230,13 +248,32 @@ void printSummary(std::FILE* out, const Summary& s, const char* program) {
                          pct(t.withinLimits), pct(t.clean));
         }
     }
+    std::fprintf(out, "plan check (vektaCheckPlan right after the update):\n");
+    std::fprintf(out, "%-7s %-9s %8s %8s %12s %12s  %s\n", "start", "mode", "cases", "pass", "pass-unclean",
+                 "clean-refused", "codes of the refused plans");
+    for (int c = 0; c < kStartClasses; ++c) {
+        for (int md = 0; md < kModes; ++md) {
+            const ClassTally& t = s.byClass[c][md];
+            if (t.cases == 0) continue;
+            std::fprintf(out, "%-7s %-9s %8ld %7.2f%% %12ld %12ld ", classNames[c], modeNames[md], t.cases,
+                         100.0 * static_cast<double>(t.checked) / static_cast<double>(t.cases), t.checkedNotClean,
+                         t.cleanNotChecked);
+            for (int code = 1; code < kCheckCodes; ++code) {
+                if (t.byCheckCode[code] > 0) std::fprintf(out, " %s %ld", checkCodeName(code), t.byCheckCode[code]);
+            }
+            std::fprintf(out, "\n");
+        }
+    }
     std::fprintf(out, "failures by kind:");
     for (int k = 0; k < kFailureKinds; ++k) std::fprintf(out, " %s %ld", failureName(k), s.failures[k]);
     std::fprintf(out, "\nworst single-axis rest-to-rest duration error: %.3g s\n", s.worstMinimalError);
     if (s.examples > 0) {
         std::fprintf(out, "first failing inputs:\n");
         for (int e = 0; e < s.examples; ++e) {
-            std::fprintf(out, "  %-18s %s\n", failureName(s.exampleKind[e]),
+            const int kind = s.exampleKind[e];
+            const std::string name = kind < kFailureKinds ? failureName(kind)
+                                                          : std::string("check ") + checkCodeName(kind - kFailureKinds);
+            std::fprintf(out, "  %-18s %s\n", name.c_str(),
                          replayCommand(program, s.seed, s.exampleIndex[e]).c_str());
         }
     }

@@ -41,8 +41,13 @@ enum Failure {
 };
 const char* failureName(int kind);
 
+// vektaCheckPlan's codes, 0 (ok) .. kCheckCodes - 1.
+constexpr int kCheckCodes = 13;
+const char* checkCodeName(int code);
+
 struct Outcome {
     bool failed[kFailureKinds];
+    int checkCode;        // vektaCheckPlan right after the update (0 = ok)
     double plannedTime;   // axis 0's planned duration
     int periods;          // periods until every axis finished
     double minimalError;  // |planned - double-S| for single-axis rest-to-rest moves, else 0
@@ -57,6 +62,10 @@ Outcome runMotion(const Motion& m);
 
 struct ClassTally {
     long cases = 0, accepted = 0, synchronised = 0, onTarget = 0, withinLimits = 0, clean = 0;
+    long checked = 0;                 // plans that pass vektaCheckPlan
+    long byCheckCode[kCheckCodes] = {};
+    long checkedNotClean = 0;         // passed the check, yet a sampled failure
+    long cleanNotChecked = 0;         // no sampled failure, yet refused by the check
 };
 
 struct Summary {
@@ -65,10 +74,11 @@ struct Summary {
     long failures[kFailureKinds] = {};
     ClassTally byClass[kStartClasses][kModes];
     double worstMinimalError = 0.0;
-    static constexpr int kKeptExamples = 8;
+    static constexpr int kKeptExamples = 10;
     int examples = 0;
     std::uint64_t exampleIndex[kKeptExamples] = {};
-    int exampleKind[kKeptExamples] = {};
+    int exampleKind[kKeptExamples] = {};  // a failure kind, or kFailureKinds + check code
+    void keepExample(std::uint64_t index, int kind);
     void add(std::uint64_t index, const Motion& m, const Outcome& o);
 };
 
