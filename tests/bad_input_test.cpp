@@ -798,6 +798,36 @@ TEST(BadInput, ANewUpdateInTheMiddleOfSampling) {
 }
 
 // ---------------------------------------------------------------------------
+// A plan without a reachable end: every call is bounded, the axis never ends
+// ---------------------------------------------------------------------------
+
+TEST(BadInput, APlanWithoutAnEndNeverFinishesButEveryCallIsBounded) {
+    // An infinite target is accepted with an infinite end time: the finished
+    // flag compares the periods sampled with it and never becomes 1. Each
+    // call still writes its nSamples samples and returns; the plan check
+    // refuses the plan, which is how a caller learns not to wait for it.
+    Update u;
+    u.n = 1;
+    u.tgt[0] = kInf;
+    const Outcome o = runFromLoad(u, false);
+    ASSERT_TRUE(o.ok);
+    EXPECT_EQ(o.checkCode, VEKTA_CHECK_NOT_FINITE);
+    std::string problems;
+    int finished = 0, samples = 0;
+    {
+        test::StdoutCapture quiet;
+        for (int i = 0; i < 1000; ++i) {
+            const Sample s = sampleGuarded(0, 7, problems);
+            finished += s.finished;
+            samples += s.count;
+        }
+    }
+    EXPECT_EQ(problems, "");
+    EXPECT_EQ(finished, 0);
+    EXPECT_EQ(samples, 7000);
+}
+
+// ---------------------------------------------------------------------------
 // Sampling a finished axis for ever: the period counter never overflows
 // ---------------------------------------------------------------------------
 
