@@ -15,6 +15,7 @@ fail() { echo "FAIL: $*"; exit 1; }
 "$vekta" demo > demo.out || fail "vekta demo exited with $?"
 grep -q '^position update, 6 axes' demo.out || fail "demo: no header line"
 [ "$(grep -cE '^ +[0-5] ' demo.out)" -eq 6 ] || fail "demo: expected six axis rows"
+grep -q '^plan check: passed$' demo.out || fail "demo: the plan check verdict is missing"
 grep -q 'posUpd' demo.out && fail "demo: the library's output was not silenced"
 header='t'
 for i in 0 1 2 3 4 5; do header+=",pos$i,vel$i,acc$i,jerk$i"; done

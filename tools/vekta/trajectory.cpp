@@ -63,6 +63,9 @@ Trajectory runTrajectory(const Motion& m, bool libraryOutput, bool trace) {
     tr.accepted = update(m);
     if (tr.accepted) {
         tr.plannedTime = getLeftMoveTime();
+        char why[256];
+        tr.checkCode = vektaCheckPlan(why, sizeof why);
+        if (tr.checkCode != VEKTA_CHECK_OK) tr.checkMessage = why;
         int remaining = m.axes;
         for (int period = 1; remaining > 0 && period <= kMaxPeriods; ++period) {
             Row row = tr.rows.back();
@@ -119,6 +122,11 @@ void printTable(std::FILE* out, const Trajectory& tr) {
         return;
     }
     std::fprintf(out, "planned duration %.6f s (axis 0); sampled every %g s\n", tr.plannedTime, kPeriod);
+    if (tr.checkCode == VEKTA_CHECK_OK) {
+        std::fprintf(out, "plan check: passed\n");
+    } else {
+        std::fprintf(out, "plan check: refused (code %d): %s\n", tr.checkCode, tr.checkMessage.c_str());
+    }
     std::fprintf(out, "%4s %9s %9s %9s %9s  %-19s %-19s %-20s %6s\n", "axis", "start", "target", "end", "done at",
                  "peak |v| / limit", "peak |a| / limit", "peak |j| / limit", "period");
     for (int i = 0; i < m.axes; ++i) {

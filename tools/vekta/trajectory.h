@@ -33,6 +33,8 @@ struct Trajectory {
     bool accepted = false;    // the update returned true
     bool finished = false;    // every axis reported its end within kMaxPeriods
     double plannedTime = 0.0;  // axis 0's planned duration, read right after the update
+    int checkCode = 0;         // vektaCheckPlan's verdict right after the update (0: passed)
+    std::string checkMessage;  // and its message when it did not pass
     std::vector<Row> rows;
     AxisSummary axis[kMaxAxes] = {};
     double jerkLimit(int i) const { return motion.maxAcc[i] * motion.jerkRatio; }
