@@ -117,15 +117,6 @@ bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     return curveFits(r, axis) && ok;
 }
 
-void restoreSnapshot(AxisPlan& r) {
-    r.curPos = r.snapPos;
-    r.pointCount = r.snapPointCount;
-    r.curVel = r.snapVel;
-    r.curAcc = r.snapAcc;
-    r.tgtPos = r.snapTgtPos;
-    r.tgtVel = r.snapTgtVel;
-}
-
 // Phase 2 of a position-mode plan for one axis: end exactly at maxT.
 bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
                        double maxT) {

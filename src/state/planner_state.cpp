@@ -55,6 +55,15 @@ void takeSnapshot(AxisPlan& rec) {
     rec.snapInv = rec.inv;
 }
 
+void restoreSnapshot(AxisPlan& rec) {
+    rec.curPos = rec.snapPos;
+    rec.pointCount = rec.snapPointCount;
+    rec.curVel = rec.snapVel;
+    rec.curAcc = rec.snapAcc;
+    rec.tgtPos = rec.snapTgtPos;
+    rec.tgtVel = rec.snapTgtVel;
+}
+
 void negateState(AxisPlan& rec) {
     rec.curPos = -rec.curPos;
     rec.tgtPos = -rec.tgtPos;

@@ -145,6 +145,10 @@ int appendAccToZero(AxisPlan& rec);
 // the frame sign) as the snapshot both planning steps start from.
 void takeSnapshot(AxisPlan& rec);
 
+// Go back to the snapshot's state and point count (dropping the points written
+// after it); the frame sign and plan time are restored by the caller.
+void restoreSnapshot(AxisPlan& rec);
+
 // Negate the five state fields (curPos, tgtPos, curVel, tgtVel, curAcc).
 void negateState(AxisPlan& rec);
 
