@@ -7,82 +7,25 @@
 // through the exported functions, one after the other in one process. Every
 // call is written down: its result, the text it printed, the plan check's
 // verdict, the left time and every sample as exact bits. The transcript is cut
-// into units (an update with what follows it; up to kChunk sampling calls of
-// one axis) and each unit is hashed; transcript.digest holds the hashes.
-//
-// Any change of output fails the test, which names the first motion and unit
-// that differ, shows the unit and writes the motion's whole transcript to a
-// file. A deliberate change is recorded with VEKTA_TRANSCRIPT_UPDATE=1, in a
-// commit that says why the output changed; VEKTA_TRANSCRIPT_DUMP=DIR writes every
-// motion's transcript, so that two builds can be compared with diff.
+// into units and hashed; transcript.digest holds the hashes (see
+// support/transcript.h for the format, and for how a mismatch is shown and a
+// deliberate change recorded).
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cinttypes>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "support/transcript.h"
 #include "vekta/vekta.h"
 
+namespace vekta::test {
 namespace {
 
 constexpr int kMotions = 320;
-constexpr int kChunk = 32;        // sampling calls of one axis per unit
 constexpr int kMaxPeriods = 6000;  // 30 s: beyond every drawn motion
-
-std::uint64_t fnv(std::uint64_t h, const void* data, std::size_t n) {
-    const auto* p = static_cast<const unsigned char*>(data);
-    for (std::size_t i = 0; i < n; ++i) h = (h ^ p[i]) * 0x100000001b3ull;
-    return h;
-}
-constexpr std::uint64_t kFnvSeed = 0xcbf29ce484222325ull;
-
-std::string bits(double x) {
-    std::uint64_t b;
-    std::memcpy(&b, &x, sizeof b);
-    char s[40];
-    std::snprintf(s, sizeof s, "%016" PRIx64 "(%.9g)", b, x);
-    return s;
-}
-
-// Everything the library writes to standard output goes to a file; after each
-// call the new bytes are read back.
-class Output {
-public:
-    Output() {
-        std::fflush(stdout);
-        std::snprintf(path_, sizeof path_, "/tmp/vekta-transcript-XXXXXX");
-        fd_ = mkstemp(path_);
-        saved_ = dup(STDOUT_FILENO);
-        dup2(fd_, STDOUT_FILENO);
-    }
-    ~Output() {
-        std::fflush(stdout);
-        dup2(saved_, STDOUT_FILENO);
-        close(saved_);
-        close(fd_);
-        unlink(path_);
-    }
-    std::string take() {
-        std::fflush(stdout);
-        std::string s;
-        char buf[4096];
-        for (ssize_t n; (n = pread(fd_, buf, sizeof buf, offset_)) > 0; offset_ += n) s.append(buf, n);
-        return s;
-    }
-
-private:
-    char path_[64];
-    int fd_, saved_;
-    off_t offset_ = 0;
-};
 
 struct Rng {
     std::uint64_t s;
@@ -162,56 +105,6 @@ Motion drawMotion(int i) {
     return m;
 }
 
-// The transcript of one motion: its units, in the order they were written.
-class Recorder {
-public:
-    explicit Recorder(Output& out) : out_(out) {}
-    std::vector<std::string> units;
-
-    void note(const std::string& s) { units.push_back(s); }
-
-    // An update: its result, what it printed, the plan check and the left time.
-    void update(const std::string& call, bool ok) {
-        flushAll();
-        char why[200];
-        const int code = vektaCheckPlan(why, sizeof why);
-        units.push_back(call + " -> " + std::to_string(ok) + "\n" + out_.take() + "\ncheck " +
-                        std::to_string(code) + " " + why + "\nleft " + bits(getLeftMoveTime()) + "\n");
-    }
-
-    // One sampling call of one axis, added to that axis's open unit.
-    // The last sample written is left in (pos, vel, acc).
-    int sample(int axis, int nSamples, bool velocityName, double& pos, double& vel, double& acc) {
-        double p[8], v[8], a[8];
-        for (int k = 0; k < 8; ++k) p[k] = v[k] = a[k] = -7.0;
-        int count = -1;
-        const int done = velocityName ? vektaVelocityModePerFreedom(axis, nSamples, p, v, a, count)
-                                      : vektaPositionModePerFreedom(axis, nSamples, p, v, a, count);
-        std::string& u = open_[axis];
-        u += "s" + std::to_string(axis) + " " + std::to_string(done) + " " + std::to_string(count);
-        for (int k = 0; k < count && k < 8; ++k) u += " " + bits(p[k]) + " " + bits(v[k]) + " " + bits(a[k]);
-        if (axis == 0) u += " left " + bits(getLeftMoveTime());
-        if (count > 0) pos = p[count - 1], vel = v[count - 1], acc = a[count - 1];
-        u += "\n" + out_.take();
-        if (++calls_[axis] == kChunk) flush(axis);
-        return done;
-    }
-
-    void flushAll() {
-        for (int a = 0; a < 6; ++a) flush(a);
-    }
-
-private:
-    void flush(int axis) {
-        if (!open_[axis].empty()) units.push_back(open_[axis]);
-        open_[axis].clear();
-        calls_[axis] = 0;
-    }
-    Output& out_;
-    std::string open_[6];
-    int calls_[6] = {};
-};
-
 std::string describe(const Motion& m, const double* pos, const double* vel, const double* acc, const double* tgt) {
     std::ostringstream s;
     s << "update " << kKindName[static_cast<int>(m.kind)] << " n " << m.n << " ratio " << bits(m.ratio);
@@ -242,7 +135,7 @@ bool callUpdate(const Motion& m, const double* tgt, const double* pos, const dou
 // Plans one motion and samples every axis period by period until all have
 // finished (a refused plan: one round of calls); a re-plan motion makes a new
 // position update from the sampled state half-way.
-std::vector<std::string> runMotion(int index, Output& out) {
+std::vector<std::string> runMotion(int index, Output& out, std::string& problems) {
     const Motion m = drawMotion(index);
     Recorder rec(out);
     rec.note("motion " + std::to_string(index) + " " + kKindName[static_cast<int>(m.kind)] + " from " +
@@ -270,86 +163,20 @@ std::vector<std::string> runMotion(int index, Output& out) {
     }
     rec.flushAll();
     setTestLevel(false);
+    problems += rec.problems;
     return rec.units;
-}
-
-std::string hex(std::uint64_t h) {
-    char s[20];
-    std::snprintf(s, sizeof s, "%016" PRIx64, h);
-    return s;
-}
-
-// transcript.digest: a line per motion, "index digest units hash hash ...",
-// each unit's hash cut to 8 hex digits.
-struct Digest {
-    std::string motion;
-    std::vector<std::string> units;
-};
-
-Digest digestOf(const std::vector<std::string>& units) {
-    Digest d;
-    std::uint64_t all = kFnvSeed;
-    for (const std::string& u : units) {
-        const std::uint64_t h = fnv(kFnvSeed, u.data(), u.size());
-        all = fnv(all, &h, sizeof h);
-        d.units.push_back(hex(h).substr(8));
-    }
-    d.motion = hex(all);
-    return d;
-}
-
-std::string digestLine(int index, const Digest& d) {
-    std::string s = std::to_string(index) + " " + d.motion;
-    for (const std::string& u : d.units) s += " " + u;
-    return s;
 }
 
 TEST(Transcript, EveryMotionPrintsAndReturnsExactlyWhatItDidWhenPinned) {
     std::vector<std::vector<std::string>> transcripts;
+    std::string problems;
     {
         Output out;
-        for (int i = 0; i < kMotions; ++i) transcripts.push_back(runMotion(i, out));
+        for (int i = 0; i < kMotions; ++i) transcripts.push_back(runMotion(i, out, problems));
     }
-    std::vector<std::string> lines;
-    for (int i = 0; i < kMotions; ++i) lines.push_back(digestLine(i, digestOf(transcripts[i])));
-
-    // VEKTA_TRANSCRIPT_DUMP=DIR writes every motion's transcript, to compare two builds with diff.
-    if (const char* dir = std::getenv("VEKTA_TRANSCRIPT_DUMP")) {
-        for (int i = 0; i < kMotions; ++i) {
-            std::ofstream dump(std::string(dir) + "/motion-" + std::to_string(i) + ".txt");
-            for (const std::string& u : transcripts[i]) dump << u;
-        }
-    }
-    const char* update = std::getenv("VEKTA_TRANSCRIPT_UPDATE");
-    if (update != nullptr && std::string(update) == "1") {
-        std::ofstream f(VEKTA_TRANSCRIPT_DIGEST);
-        for (const std::string& l : lines) f << l << "\n";
-        GTEST_SKIP() << "wrote " << VEKTA_TRANSCRIPT_DIGEST;
-    }
-
-    std::ifstream f(VEKTA_TRANSCRIPT_DIGEST);
-    ASSERT_TRUE(f) << "no digest at " << VEKTA_TRANSCRIPT_DIGEST;
-    std::vector<std::string> pinned;
-    for (std::string l; std::getline(f, l);) pinned.push_back(l);
-    ASSERT_EQ(pinned.size(), lines.size()) << "the digest pins another number of motions";
-
-    for (int i = 0; i < kMotions; ++i) {
-        if (pinned[i] == lines[i]) continue;
-        std::istringstream words(pinned[i]);
-        std::string word;
-        words >> word >> word;
-        std::size_t unit = 0;
-        const Digest now = digestOf(transcripts[i]);
-        while (words >> word && unit < now.units.size() && word == now.units[unit]) ++unit;
-        const std::string file = "transcript-motion-" + std::to_string(i) + ".txt";
-        std::ofstream dump(file);
-        for (const std::string& u : transcripts[i]) dump << u;
-        const std::string shown = unit < transcripts[i].size() ? transcripts[i][unit].substr(0, 3000) : "(none)";
-        FAIL() << "motion " << i << " differs from unit " << unit << " of " << transcripts[i].size()
-               << " on.\nThe motion:\n" << transcripts[i][0] << transcripts[i][1] << "\nIts unit " << unit
-               << " now reads:\n" << shown << "\nWhole transcript written to " << file
-               << " (run the pinned build with the same name to compare).";
-    }
+    EXPECT_EQ(problems, "");
+    expectMatchesDigest(transcripts, VEKTA_TRANSCRIPT_DIGEST);
 }
 
 }  // namespace
+}  // namespace vekta::test
