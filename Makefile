@@ -1,5 +1,6 @@
 # Thin wrapper over the CMake presets.
-#   make test   install what is missing, build with the sanitizers, run every test
+#   make test   install what is missing, build with the sanitizers, run every test;
+#               then the same tests once more on a release build
 #   make build  the same build without running the tests
 #   make demo   build the vekta tool (release) and run its demo: table, CSV, PNG
 #   make bench  the Google Benchmark suite on a release build (BENCH_ARGS=... passed on)
@@ -12,6 +13,9 @@ SECONDS ?= 600
 
 test: build
 	ctest --preset $(PRESET) -j $(JOBS)
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	ctest --preset release -j $(JOBS)
 
 build: deps
 	cmake --preset $(PRESET)

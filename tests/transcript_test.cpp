@@ -143,6 +143,16 @@ std::vector<std::string> runMotion(int index, Output& out, std::string& problems
     setTestLevel(m.trace);
     bool ok = callUpdate(m, m.tgt, m.pos, m.vel, m.acc);
     rec.update(describe(m, m.pos, m.vel, m.acc, m.tgt), ok);
+    // Every plan made from within the limits is a valid curve: the plan check
+    // integrates each section and holds it to the limits and the end state.
+    char why[200];
+    const int code = vektaCheckPlan(why, sizeof why);
+    if (ok && m.start <= Start::Moving && code != VEKTA_CHECK_OK) {
+        problems += "motion " + std::to_string(index) + ": " + why + "\n";
+    }
+    if (m.start == Start::Rest && m.kind != Kind::Conveyor && (m.n == 1 || m.n == 6) && !ok) {
+        problems += "motion " + std::to_string(index) + ": refused from rest\n";
+    }
     const int axes = m.n == 6 ? 6 : 1;
     double pos[6], vel[6], acc[6];
     for (int a = 0; a < 6; ++a) pos[a] = m.pos[a], vel[a] = m.vel[a], acc[a] = m.acc[a];

@@ -1,0 +1,350 @@
+// Step 2, synchronisation: the tree's classification and the solvers' curves,
+// proved on the curves written.
+//
+// Every scenario is built the other way round: a shape is chosen as a list of
+// sections (full-jerk ramps to a level, holds of a given length) and walked
+// from a start acceleration with an independent integrator; the start velocity
+// is then chosen so that the shape ends at rest, and the walk's end gives the
+// target position and the remaining time. The step-2 tree, walked on that
+// state, must pick the shape's profile; its solver, with the hints the tree
+// left, must write a curve that is continuous, lasts exactly the remaining
+// time, ends at rest on the target, keeps |a| <= A and is the shape chosen.
+// The mirrored axis must store the mirror image of the curve.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "planner/decision_tree.h"
+#include "solvers/step2_solvers.h"
+#include "step2/step2_tree.h"
+#include "support/test_support.h"
+
+namespace vekta::test {
+namespace {
+
+constexpr double kA = 2.0, kJ = 10.0, kV = 1.0, kStartPos = 0.3;
+
+struct Step {
+    bool ramp;     // a full-jerk ramp to `value`, or a hold of `value` seconds
+    double value;
+};
+Step rampTo(double level) { return {true, level}; }
+Step hold(double d) { return {false, d}; }
+
+struct Point {
+    double t, a, v, p;
+};
+
+std::vector<Point> walk(Point m, double J, const std::vector<Step>& steps) {
+    std::vector<Point> out;
+    for (const Step& s : steps) {
+        const double j = s.ramp ? (s.value >= m.a ? J : -J) : 0.0;
+        const double d = s.ramp ? (s.value - m.a) / j : s.value;
+        m.p += m.v * d + m.a * d * d / 2.0 + j * d * d * d / 6.0;
+        m.v += m.a * d + j * d * d / 2.0;
+        m.a = s.ramp ? s.value : m.a;
+        m.t += d;
+        out.push_back(m);
+    }
+    return out;
+}
+
+struct Scenario {
+    const char* name;
+    int profile;  // the step-2 profile the tree must pick (solver = profile / 2)
+    double a0;
+    std::vector<Step> steps;
+    double J = kJ;
+};
+
+// One scenario per solver, and more where the tree's hints pick a branch.
+// Every one cruises or holds below the limits for a while, which a
+// minimum-time motion never does: the remaining time is longer than needed.
+const Scenario kScenarios[] = {
+    {"PosTrapZeroNegTri: reverse, cruise, stop", 0, 0.2,
+     {rampTo(kA), hold(0.1), rampTo(0), hold(0.5), rampTo(-1.5), rampTo(0)}},
+    {"PosTriZeroNegTri: reverse gently, cruise, stop", 2, 0.5, {rampTo(1.5), rampTo(0), hold(0.8), rampTo(-1.0), rampTo(0)}},
+    {"PosTrapZeroNegTrap: rest to rest below the velocity limit", 4, 0.0,
+     {rampTo(kA), hold(0.2), rampTo(0), hold(0.5), rampTo(-kA), hold(0.2), rampTo(0)}},
+    {"PosTriZeroNegTrap: speed up a little, cruise, stop hard", 6, 0.3,
+     {rampTo(1.6), rampTo(0), hold(0.6), rampTo(-kA), hold(0.1), rampTo(0)}},
+    {"PosTrapZeroPosTri: brake to a crawl, crawl, stop", 8, 0.1,
+     {rampTo(kA), hold(0.15), rampTo(0), hold(0.4), rampTo(1.4), rampTo(0)}},
+    {"PosTrapZeroPosTri: brake to a crawl, crawl briefly, stop", 8, 0.1,
+     {rampTo(kA), hold(0.15), rampTo(0), hold(0.005), rampTo(1.4), rampTo(0)}},
+    {"PosTriZeroPosTri: brake, crawl, stop", 10, 0.4, {rampTo(1.5), rampTo(0), hold(0.5), rampTo(1.7), rampTo(0)}},
+    {"PosTriZeroPosTri: the larger first peak of two", 10, 0.4, {rampTo(1.9), rampTo(0), hold(0.01), rampTo(1.2), rampTo(0)}},
+    {"PosTriZeroPosTri: the smaller first peak of two", 10, 0.4, {rampTo(1.2), rampTo(0), hold(0.01), rampTo(1.9), rampTo(0)}},
+    {"PosTriZeroPosTrap: brake a little, crawl, stop hard", 12, 0.2,
+     {rampTo(1.0), rampTo(0), hold(0.3), rampTo(kA), hold(0.2), rampTo(0)}},
+    {"PosTriZeroPosTrap: brake a little, crawl briefly, stop hard", 12, 0.2,
+     {rampTo(1.0), rampTo(0), hold(0.02), rampTo(kA), hold(0.2), rampTo(0)}},
+    {"PosTrapZeroPosTrap: brake hard, crawl, brake hard", 14, 0.1,
+     {rampTo(kA), hold(0.175), rampTo(0), hold(0.3), rampTo(kA), hold(0.2), rampTo(0)}, 40.0},
+    {"PosTrapHldNegLin: brake hard, then gently to rest", 16, 0.5, {rampTo(kA), hold(0.05), rampTo(1.0), hold(0.2), rampTo(0)}},
+    {"PosTriHldNegLin: brake, then gently to rest", 18, 0.45, {rampTo(1.95), rampTo(0.7), hold(0.15), rampTo(0)}},
+    {"NegLinHldPosTrap: ease off, then brake hard", 20, 0.9, {rampTo(0.35), hold(0.1), rampTo(kA), hold(0.1), rampTo(0)}},
+    {"NegLinHldPosTri: ease off, then brake", 22, 1.05, {rampTo(0.85), hold(0.1), rampTo(1.05), rampTo(0)}},
+    {"PosLinHldPosTri: brake gently, then firmly", 24, 0.8, {rampTo(0.85), hold(0.2), rampTo(1.25), rampTo(0)}},
+    {"PosLinHldPosTrap: brake gently, then hard", 26, 1.05, {rampTo(1.15), hold(0.15), rampTo(kA), hold(0.15), rampTo(0)}},
+};
+
+// The scenario's start state (mirrored when sign < 0), ready for the walk.
+AxisPlan build(const Scenario& sc, double sign, std::vector<Point>* pts) {
+    const double v0 = -walk({0.0, sc.a0, 0.0, 0.0}, sc.J, sc.steps).back().v;
+    *pts = walk({0.0, sc.a0, v0, kStartPos}, sc.J, sc.steps);
+    AxisPlan rec = makeAxis(sign * kStartPos, sign * v0, sign * sc.a0, sign * pts->back().p, kV, kA, sc.J);
+    rec.remTime = pts->back().t;
+    return rec;
+}
+
+// Walk the tree and solve, as the planning pass does: an odd profile is the
+// even shape solved on the mirrored state.
+bool classifyAndSolve(PlannerState& st, AxisPlan& rec, std::string* printed) {
+    StdoutCapture out;
+    walkStep2(st, Step2Tree, rec);
+    const int id = rec.step2Profile;
+    if (id >= kStep2ProfileCount) return false;
+    if (id % 2 != 0) mirrorAxis(rec);
+    const bool ok = step2Solvers[id / 2](st, rec);
+    if (rec.inv == -1) mirrorAxis(rec);
+    *printed = out.text();
+    return ok;
+}
+
+TEST(Step2, TheTreePicksEveryScenariosShapeAndItsSolverSynchronisesIt) {
+    for (const Scenario& sc : kScenarios) {
+        SCOPED_TRACE(sc.name);
+        std::vector<Point> pts;
+        AxisPlan rec = build(sc, 1.0, &pts);
+        auto st = freshState();
+        std::string printed;
+        const bool ok = classifyAndSolve(*st, rec, &printed);
+        EXPECT_EQ(rec.step2Profile, sc.profile);
+        ASSERT_TRUE(ok) << printed;
+        EXPECT_EQ(printed, "");
+        ASSERT_EQ(rec.pointCount, 1 + static_cast<int>(sc.steps.size()));
+        expectPhysicalCurve(rec);
+        const int last = rec.pointCount - 1;
+        EXPECT_EQ(rec.secTime[last], rec.remTime);
+        EXPECT_EQ(rec.secAcc[last], 0.0);
+        EXPECT_EQ(rec.secVel[last], 0.0);
+        EXPECT_NEAR(rec.secPos[last], rec.tgtPos, 1e-4);
+        for (std::size_t i = 0; i < pts.size(); ++i) {  // the shape chosen, to the root finder's tolerance
+            EXPECT_NEAR(rec.secTime[1 + i], pts[i].t, 2e-3) << i;
+            EXPECT_NEAR(rec.secAcc[1 + i], pts[i].a, 2e-3) << i;
+            EXPECT_NEAR(rec.secVel[1 + i], pts[i].v, 2e-3) << i;
+            EXPECT_NEAR(rec.secPos[1 + i], pts[i].p, 2e-3) << i;
+        }
+        // The one-shot seeds serve one solve only.
+        EXPECT_EQ(st->trapTriSeedSet + st->triTrapSeedSet + st->triTriSeedMode, 0);
+
+        // The mirror image, as the planning pass hands it over: mirrored into
+        // the working frame (inv = -1), solved there, stored negated.
+        AxisPlan mir = build(sc, -1.0, &pts);
+        mirrorAxis(mir);
+        auto stm = freshState();
+        ASSERT_TRUE(classifyAndSolve(*stm, mir, &printed));
+        EXPECT_EQ(mir.step2Profile, sc.profile);
+        ASSERT_EQ(mir.pointCount, rec.pointCount);
+        for (int i = 1; i < rec.pointCount; ++i) {
+            EXPECT_EQ(mir.secTime[i], rec.secTime[i]) << i;
+            EXPECT_EQ(mir.secAcc[i], -rec.secAcc[i]) << i;
+            EXPECT_EQ(mir.secVel[i], -rec.secVel[i]) << i;
+            EXPECT_EQ(mir.secPos[i], -rec.secPos[i]) << i;
+        }
+    }
+}
+
+TEST(Step2, ASolverThatFindsNoRootPrintsItsLineAndWritesNothing) {
+    // The tree's hints for the scenario, then a target far beyond anything
+    // the shape reaches in time: the root finder sees one sign only.
+    const char* const lines[kStep2SolverCount] = {
+        "step2_PTZNt error!\n", "step2_PtZNt error!\n", "step2_PTZNT error!\n", "step2_PtZNT error!\n",
+        "step2_PTZPt error!\n", "step2_PtZPt error!\n", "step2_PtZPT error!\n", "step2_PTZPT error!\n",
+        "step2_PTHNL error!\n", "step2_PtHNL error!\n", "step2_NLHPT error!\n", "step2_NLHPt error!\n",
+        "step2_PLHPt error!\n", "step2_PLHPT error!\n"};
+    for (const Scenario& sc : kScenarios) {
+        SCOPED_TRACE(sc.name);
+        std::vector<Point> pts;
+        AxisPlan rec = build(sc, 1.0, &pts);
+        auto st = freshState();
+        StdoutCapture out;
+        walkStep2(*st, Step2Tree, rec);
+        rec.tgtPos += 100.0;
+        EXPECT_FALSE(step2Solvers[sc.profile / 2](*st, rec));
+        EXPECT_EQ(rec.pointCount, 1);
+        EXPECT_EQ(out.text(), lines[sc.profile / 2]);
+    }
+}
+
+// ---- The tree's leaves: one or more states for every id the tree can leave
+// (21 and 23 are never set; 28 is always overwritten by the node that follows
+// it), together taking every branch the tree can take. A = 1, J = 2, V = 4,
+// the axis at position 0. A path lists nodes with their results and, in
+// brackets, a line the walk prints; the hints are the ones the walk left.
+
+struct LeafCase {
+    double a0, v0, vT, pT, T;
+    int id;
+    const char* path;
+    const char* hints;
+};
+
+const LeafCase kLeaves[] = {
+    // Speeding up towards a target ahead.
+    {0, -0.25, 0, 1.75, 6.25, 0, "9+ 10- 12+ 16- 17+ 13- 15-", ""},
+    {0, 0, 0, 8.25, 0.75, 2, "9+ 10- 12+ 16+", ""},
+    {0, -2.5, 0, -2.75, 5.25, 4, "9+ 10+ 11+ 13- 15+", ""},
+    {0, -2.75, 0.25, -4.5, 4.25, 8, "9+ 10+ 11- 14+ 18- 20+ 27+ 28- 32+ 33+", ""},
+    {0, -2.25, 0, -9.5, 5.75, 12, "9+ 10+ 11- 14+ 18- 20+ 27+ 28- 32-", ""},
+    {0, -0.5, 2.75, 7.25, 5.75, 14, "9+ 10+ 11- 14+ 18- 20+ 27+ 28- 32+ 33-", ""},
+    // Negative pulses first, the target lying behind.
+    {0, 1.5, 0, 1.25, 7.5, 1, "9- 51- 52+ 80- 81-", ""},
+    {0, 0.25, 0, -6.5, 0.25, 3, "9- 51+ 57+ 76+", ""},
+    {0, 0.5, 0, -8.5, 5.75, 5, "9- 51+ 57+ 76- 77+ 80- 81+", ""},
+    {0, 0.5, 0, 5.25, 7.25, 6, "9- 51+ 57- 58- 75- 78- 79+ 82- 83-", "hldLinHi"},
+    {0, -0.25, 0, -3.5, 7, 7, "9+ 10- 12- 88- 90- 84- 85+ 86- 87-", "triPeakAcc hldLinHi"},
+    {0, 2, -1.75, -2.25, 6, 9, "9- 51- 52- 53+ 54+ 55- 60+ 61+", ""},
+    {0, 0.5, 0, 3.25, 7, 11, "9- 51+ 57- 58+ 62-", "hldLinHi"},
+    {0, 1, 0, 2.75, 5, 13, "9- 51- 52- 53+ 54+ 55- 60-", ""},
+    {1, 1.5, -1.25, 3, 8, 15, "9- 51- 52- 53+ 54+ 55- 60+ 61-", ""},
+    // Two pulses the same way.
+    {0, -0.75, -0.5, -5, 7.25, 10, "9+ 10- 12- 88- 90+ 91- 92-", "triPeakAcc hldLinHi"},
+    {0.5, -0.5, 0, -1.75, 6.5, 10, "9+ 10+ 11- 14- 19- 21+ 23- 24+", "triPeakAcc"},
+    {0, -2.25, -1.75, -2.5, 1.25, 10, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36+ 37+ 38-", ""},
+    {0, 0, 0.25, 0.09, 0.875, 10, "9+ 10- 12- 88- 90+ 91- 92+ 93-",
+     "triPeakAcc hldLinHi triTriSeed2"},
+    {0, 0, 0.25, 0.125, 0.875, 10, "9+ 10- 12- 88- 90+ 91- 92+ 93-", "triPeakAcc hldLinHi"},
+    {0, 0, 0.25, 0.13, 0.875, 10, "9+ 10- 12- 88- 90+ 91- 92+ 93-",
+     "triPeakAcc hldLinHi triTriSeed1"},
+    {0.5, 0, 0.5, 0.4, 1.15, 8, "9+ 10+ 11- 14- 19+ 25- 26+", "triPeakAcc"},
+    {0.5, 0, 0.5, 0.375, 1.15, 10, "9+ 10+ 11- 14- 19+ 25- [D26-89] 26+", "triPeakAcc triTriSeed1"},
+    // Hold and Lin shapes.
+    {0, -0.75, 0, -0.5, 1.5, 16, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41- 43+ 44+",
+     "hldLinLo hldLinHi"},
+    {0, 0.75, 0, 0.5, 1.5, 17, "9- 51- 52- 53+ 54- 65+ 67+ 68- 72+ 73+", "hldLinLo hldLinHi"},
+    {0, -0.75, 0, -0.5, 1, 18, "9+ 10+ 11- 14+ 18+ 40- 41- 43+ 44-", "hldLinLo hldLinHi"},
+    {0.5, 0.5, 0, 0.5, 1.75, 19,
+     "9- 51- 52- 53+ 54- 65- 66- 67- 69+ 70+ [D71 branched] 71+ 72+ 73-", "hldLinLo hldLinHi"},
+    {1, -0.5, 0, -1.5, 0.75, 20, "9+ 10+ 11- 14- 19+ 25+ 40- 41+ 42- 46-", "triPeakAcc negLinAcc"},
+    {0, -0.5, 0, -4.5, 0.75, 20, "9+ 10+ 11- 14+ 18+ 40- 41- 43- 47+ 48- 46-",
+     "linHldHi negLinAcc"},
+    {0.5, -0.25, 0, -4, 0.75, 22, "9+ 10- 12- 88+ 89+ 94+ 96-", "triPeakAcc hldLinHi negLinAcc"},
+    {0, -0.25, 0, -1.25, 0.25, 22, "9+ 10- 12- 88+ 89+ 94- 95- 97-",
+     "triPeakAcc hldLinHi linHldHi negLinAcc"},
+    {0.5, 0, 0.4375, 0, 1, 22, "9+ 10+ 11- 14- 19+ 25- 26- 41+ 42- [D46-complex -0.750000] 46+",
+     "triPeakAcc negLinAcc negLinAccSpare"},
+    {0, -1.25, 0.25, -1.25, 2.5, 24, "9+ 10+ 11- 14+ 18- 20+ 27+ 28+ 30- 31+ 41- 43- 47- 49+ 50+",
+     "linHldLo linHldHi"},
+    {0.5, 0.25, 0, 0.25, 1.25, 25, "9- 51+ 57- 58+ 62+ 63+ 64-", "hldLinHi linHldLo linHldHi"},
+    {0, -1, -0.25, -1, 1.5, 26, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41- 43- 47- 49+ 50-",
+     "linHldLo linHldHi"},
+    {0, 3, -0.25, 5.75, 4, 27, "9- 51- 52- 53+ 54+ 55+ 56- 59+ 72- 74-", "linHldLo linHldHi"},
+    // Further states, so that every branch the tree can take is taken.
+    {0.25, -0.375, 0, -0.125, 0.75, 18, "9+ 10- 12- 88+ 89+ 94- 95+",
+     "triPeakAcc hldLinLo hldLinHi"},
+    {0.125, -0.125, 0.125, 0, 0.75, 24, "9+ 10- 12- 88+ 89+ 94- 95- 97+",
+     "triPeakAcc hldLinHi linHldLo linHldHi"},
+    {0.75, -0.5, 0.875, 0.5, 2, 24, "9+ 10+ 11- 14+ 18+ 40- 41- 43- 47+ 48+", "linHldLo linHldHi"},
+    {0.25, -1.125, -0.75, -0.5, 0.5, 10, "9+ 10- 12- 88+ 89-", "triPeakAcc hldLinHi triTriSeed1"},
+    {1, 0, 0, 7, 1.75, 0, "9- 51+ 57- 58- 75+ 16- 17+ 13+", "hldLinHi"},
+    {0, 0.75, 0, 5.5, 4.75, 4, "9- 51- 52- 53- 82- 83+", ""},
+    {0, -3, -1.5, -9, 3.5, 7, "9+ 10+ 11- 14+ 18- 20- 86+", ""},
+    {1, 0, 0.5, -0.25, 1.25, 3, "9+ 10+ 11- 14- 19- 21- 84+", "triPeakAcc"},
+    {0, 0.25, 0, 0, 2.75, 3, "9- 51+ 57+ 76- 77-", ""},
+    {0, -0.25, 0, 0, 6, 2, "9+ 10- 12+ 16- 17-", ""},
+    {0, 0, 0.25, 0, 3.5, 3, "9+ 10- 12- 88- 90- 84- 85-", "triPeakAcc hldLinHi"},
+    {0, -0.75, 0, -1, 4, 8, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34+", ""},
+    {0, 0.25, -0.25, 0, 1.25, 19, "9- 51+ 57- 58+ 62+ 63+ 64+", "hldLinLo hldLinHi"},
+    {0, 3, 0, 6.75, 4, 13, "9- 51- 52- 53+ 54+ 55+ 56- 59-", "triTrapSeed"},
+    {0, 0.75, 0, 1.75, 7.5, 9, "9- 51- 52- 53+ 54- 65- 66+", ""},
+    {0, -0.75, 0, -4.25, 7.75, 12, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36-", ""},
+    {0, 0.5, 0, -2.25, 2, 1, "9- 51+ 57+ 76- 77+ 80+", ""},
+    {0, 0.5, 0, 1.25, 1, 2, "9- 51+ 57- 58- 75- 78+", "hldLinHi"},
+    {0, 0, -0.25, 1.25, 6.75, 2, "9- 51+ 57- 58- 75- 78- 79-", "hldLinHi"},
+    {0, 0.75, 0, 4, 6.75, 13, "9- 51- 52- 53+ 54- 65- 66- 67- 69-", ""},
+    {0, -0.5, 0, -0.75, 3.5, 10, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36+ 37-", ""},
+    {0, 1, 0, 1, 2, 9, "9- 51- 52- 53+ 54+ 55+ 56+", "trapTriSeed"},
+    {0, -1.25, 0, -1.5, 2.25, 12, "9+ 10+ 11- 14+ 18- 20+ 27+ 28+ 30- 31-", "triTrapSeed"},
+    {1, -0.75, 0, -0.5, 1.5, 8, "9+ 10+ 11- 14+ 18+ 40+", "trapTriSeed"},
+    {0.75, -1.5, 0, -1.25, 2.25, 8, "9+ 10+ 11- 14+ 18- 20+ 27+ 28+ 30+", "trapTriSeed"},
+    {0.75, -0.75, 0, -0.5, 1.5, 18, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41+ 42+ 44-",
+     "hldLinLo hldLinHi"},
+    {0, 2.25, 2.75, 5.75, 2.75, 5, "9+ 10+ 11- 14+ 18- 20- 86- 87+", ""},
+    {1, -0.5, 0, -7.25, 0.5, 20, "9+ 10+ 11- 14- 19+ 25+ 40- 41- 43- 47- 49-",
+     "triPeakAcc linHldHi negLinAcc"},
+    {0.5, -0.5, 0, -0.25, 1.25, 10, "9+ 10+ 11- 14- 19- 21+ 23- 24- 38-", "triPeakAcc triTriSeed1"},
+    {0.75, -0.25, 0, -0.5, 5.75, 10, "9+ 10- 12- 88- 90+ 91+", "triPeakAcc hldLinHi"},
+    {0, 1, 0.5, 1, 1.25, 11, "9- 51+ 57- 58+ 62+ 63-", "hldLinHi triTriSeed2"},
+    {0, 1.25, 1, 8, 1.75, 6, "9- 51+ 57- 58- 75- 78- 79+ 82+", "hldLinHi"},
+    {0.25, 0.5, 0, 0.5, 1.5, 11, "9- 51- 52- 53+ 54- 65- 66- 67- 69+ 70+ [D71 branched] 71-",
+     "triTriSeed2"},
+    {0.5, 0.75, 0, 3.5, 7.75, 11, "9- 51- 52- 53+ 54- 65- 66- 67- 69+ 70-", ""},
+    {1, 2, 0, 4.75, 3.75, 25, "9- 51- 52- 53+ 54+ 55+ 56- 59+ 72- 74+", "linHldLo linHldHi"},
+    {1, -0.5, 0, -1, 7.75, 8, "9+ 10+ 11- 14- 19- 21+ 23+", "triPeakAcc"},
+    {0.5, 2.5, 2.75, 2, 0.75, 18, "9+ 10- 12- 88+ 89+ 94+ 96+", "triPeakAcc hldLinLo hldLinHi"},
+    {0.75, -1, -1.75, -3, 2.25, 9, "9- 51- 52- 53+ 54- 65+ 67+ 68+", ""},
+};
+
+// The walk's trace for a path: "9+" is printed "9-1 \t", "[line]" as "line\n".
+std::string traceText(const std::string& path) {
+    std::string out, tok;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        if (path[i] == '[') {
+            const std::size_t end = path.find(']', i);
+            out += path.substr(i + 1, end - i - 1) + "\n";
+            i = end;
+        } else if (path[i] != ' ') {
+            tok += path[i];
+        }
+        if (!tok.empty() && (i + 1 == path.size() || path[i + 1] == ' ')) {
+            out += tok.substr(0, tok.size() - 1) + (tok.back() == '+' ? "-1 \t" : "-0 \t");
+            tok.clear();
+        }
+    }
+    return out + "\n";
+}
+
+// The hints a walk left, by name (every hint starts at a value no node writes).
+std::string writtenHints(const PlannerState& st) {
+    const std::pair<const char*, bool> hints[] = {
+        {"triPeakAcc", st.triPeakAcc != -1e300}, {"hldLinLo", st.hldLinLo != -1e300},
+        {"hldLinHi", st.hldLinHi != -1e300},     {"linHldLo", st.linHldLo != -1e300},
+        {"linHldHi", st.linHldHi != -1e300},     {"negLinAcc", st.negLinAcc != -1e300},
+        {"negLinAccSpare", st.negLinAccSpare != -1e300},
+        {"trapTriSeed", st.trapTriSeedSet == 1}, {"triTrapSeed", st.triTrapSeedSet == 1},
+        {"triTriSeed1", st.triTriSeedMode == 1}, {"triTriSeed2", st.triTriSeedMode == 2}};
+    std::string out;
+    for (const auto& [name, written] : hints) {
+        if (written) out += (out.empty() ? "" : " ") + std::string(name);
+    }
+    return out;
+}
+
+TEST(Step2, EveryLeafFromARepresentativeState) {
+    bool idSeen[kStep2ProfileCount] = {};
+    for (const LeafCase& c : kLeaves) {
+        SCOPED_TRACE(c.path);
+        auto st = freshState();
+        st->triPeakAcc = st->hldLinLo = st->hldLinHi = st->linHldLo = st->linHldHi = st->negLinAcc = st->negLinAccSpare = -1e300;
+        st->traceOn = true;
+        AxisPlan rec = makeAxis(0.0, c.v0, c.a0, c.pT, 4.0, 1.0, 2.0);
+        rec.tgtVel = c.vT;
+        rec.remTime = c.T;
+        StdoutCapture out;
+        walkStep2(*st, Step2Tree, rec);
+        EXPECT_EQ(out.text(), traceText(c.path));
+        EXPECT_EQ(rec.step2Profile, c.id);
+        EXPECT_EQ(writtenHints(*st), c.hints);
+        // A ramp committed on the way is a real section.
+        if (rec.pointCount > 1) expectPhysicalCurve(rec);
+        idSeen[c.id] = true;
+    }
+    for (int id = 0; id < kStep2ProfileCount; ++id) EXPECT_EQ(idSeen[id], id != 21 && id != 23) << "id " << id;
+}
+
+}  // namespace
+}  // namespace vekta::test
