@@ -280,31 +280,5 @@ TEST(PlanCheck, CutsAndTerminatesTheMessageAndWritesNothingElse) {
     EXPECT_EQ(checkPlan(*st, buf, -5), VEKTA_CHECK_ACC_LIMIT);
 }
 
-TEST(PlanCheck, TheExportedCheckPassesARealPlanChangesNothingAndPrintsNothing) {
-    const double tgt[6] = {1.0, -0.5, 0.25, 2.0, -1.5, 0.75};
-    const double vmax[6] = {1.0, 1.5, 2.0, 1.0, 1.2, 0.8};
-    const double amax[6] = {4.0, 3.0, 5.0, 2.0, 6.0, 4.0};
-    const double zero[6] = {};
-    {
-        test::StdoutCapture quiet;
-        ASSERT_TRUE(vektaPostionModeParaUpd(6, tgt, vmax, amax, 10.0, zero, zero, zero, 0.0));
-    }
-    // Sample a little, so that the sampler's cursor is part of what must stay.
-    double p, v, a;
-    int count = 0;
-    {
-        test::StdoutCapture quiet;
-        for (int axis = 0; axis < 6; ++axis) vektaPositionModePerFreedom(axis, 1, &p, &v, &a, count);
-    }
-    static PlannerState before;
-    std::memcpy(&before, &defaultState(), sizeof before);
-    char message[128];
-    test::StdoutCapture out;
-    EXPECT_EQ(vektaCheckPlan(message, sizeof message), VEKTA_CHECK_OK);
-    EXPECT_EQ(out.text(), "");
-    EXPECT_STREQ(message, "ok");
-    EXPECT_EQ(std::memcmp(&before, &defaultState(), sizeof before), 0);
-}
-
 }  // namespace
 }  // namespace vekta

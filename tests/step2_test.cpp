@@ -180,6 +180,31 @@ TEST(Step2, ASolverThatFindsNoRootPrintsItsLineAndWritesNothing) {
     }
 }
 
+TEST(Step2, GuardsPrintTheirLineInsteadOfSolving) {
+    struct Case {
+        int solver;
+        double a0, v0, T, J;
+        const char* text;
+    } cases[] = {
+        // Two full pulses from a0 = 0.1, v0 = -0.95 need 0.5725 s.
+        {7, 0.1, -0.95, 0.5, 40.0, "step2_PTZPT t45 < 0"},
+        // D = 0.5 - 2 - 10 (0 + 1 - 0.6) = -5.5: the hold before the full pulse is always negative.
+        {10, 1.0, -1.0, 0.3, kJ, "NLHPT t23=-5.500000 < 0 always\n"},
+        // u = 0.05 * 10 - 1 < 0: not even the ramp down from a0 fits.
+        {11, 1.0, -1.0, 0.05, kJ, "NLHPt t23 error"},
+    };
+    for (const Case& c : cases) {
+        AxisPlan rec = makeAxis(0.0, c.v0, c.a0, 1.0, kV, kA, c.J);
+        rec.remTime = c.T;
+        auto st = freshState();
+        st->negLinAcc = c.a0;
+        StdoutCapture out;
+        EXPECT_FALSE(step2Solvers[c.solver](*st, rec));
+        EXPECT_EQ(out.text(), c.text);
+        EXPECT_EQ(rec.pointCount, 1);
+    }
+}
+
 // ---- The tree's leaves: one or more states for every id the tree can leave
 // (21 and 23 are never set; 28 is always overwritten by the node that follows
 // it), together taking every branch the tree can take. A = 1, J = 2, V = 4,
