@@ -153,45 +153,19 @@ TEST(BadInput, EverySpoiledInputIsPlannedOrRefusedSafelyAndAsPinned) {
     expectMatchesDigest(transcripts, VEKTA_BAD_INPUT_DIGEST);
 }
 
-TEST(BadInput, TheDocumentedRefusals) {
-    // A curve that needs a 14th point fails its axis and stays inside its arrays.
-    Update overflow;
-    overflow.n = 1;
-    overflow.tgt[0] = overflow.pos[0] = overflow.vel[0] = overflow.acc[0] = 0.0;
-    overflow.maxVel[0] = overflow.maxAcc[0] = -1e9;
-    overflow.ratio = 0.073925781250000003;
-    Update beyond;
-    beyond.kind = Kind::Conveyor, beyond.conveyorLimit = 1.2;
-    Update atLimit;
-    atLimit.kind = Kind::Conveyor, atLimit.conveyorLimit = 1.0, atLimit.conveyorVel = 0.0;
-    Update noSpare;
-    noSpare.kind = Kind::Conveyor, noSpare.spare = 0.0019;
-    const struct {
-        const Update* u;
-        const char* printedFirst;
-        int code;
-    } rows[] = {
-        {&overflow, "curve overflow:id 0 points 14\nstep1 error:0\nposUpd: ", VEKTA_CHECK_NO_PLAN},
-        {&beyond, "posUpd: 1st pt 1.000000 p 0.000000 v -0.200000 a 0.000000 inv 1 peroid 0.005000",
-         VEKTA_CHECK_CONVEYOR_REFUSED},
-        {&atLimit, "posUpd: ", VEKTA_CHECK_CONVEYOR_REFUSED},
-        {&noSpare, "", VEKTA_CHECK_NO_PLAN},
-    };
-    const char* const lastLines[] = {"", "vekta: failed to catch up with conveyor-1.000000+0.520000>1.200000\n",
-                                     "vekta: failed to catch up with conveyor-1.000000+0.000000>1.000000\n", ""};
-    int i = 0;
-    for (const auto& row : rows) {
-        defaultState() = PlannerState{};
-        StdoutCapture out;
-        const bool ok = call(*row.u);
-        const std::string printed = out.text();
-        EXPECT_FALSE(ok) << i;
-        EXPECT_EQ(printed.rfind(row.printedFirst, 0), 0u) << printed;
-        const std::string last = lastLines[i++];
-        EXPECT_EQ(printed.substr(printed.size() - std::min(printed.size(), last.size())), last);
-        EXPECT_EQ(vektaCheckPlan(nullptr, 0), row.code) << printed;
-        EXPECT_LE(defaultState().records[0].pointCount, kMaxPoints);
-    }
+TEST(BadInput, ACurveThatNeedsAFourteenthPointFailsItsAxis) {
+    // Found by the fuzzer: negative limits made the step-1 walk and solver
+    // write a 14th point past the curve's arrays.
+    Update u;
+    u.n = 1;
+    u.tgt[0] = u.pos[0] = u.vel[0] = u.acc[0] = 0.0;
+    u.maxVel[0] = u.maxAcc[0] = -1e9;
+    u.ratio = 0.073925781250000003;
+    defaultState() = PlannerState{};
+    StdoutCapture out;
+    EXPECT_FALSE(call(u));
+    EXPECT_EQ(out.text().rfind("curve overflow:id 0 points 14\nstep1 error:0\nposUpd: ", 0), 0u);
+    EXPECT_EQ(defaultState().records[0].pointCount, kMaxPoints);
 }
 
 TEST(BadInput, AxisCountsAxisIndicesAndSampleCountsOutsideTheirRange) {
