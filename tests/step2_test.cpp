@@ -20,6 +20,7 @@
 #include "solvers/step2_solvers.h"
 #include "step2/step2_tree.h"
 #include "support/test_support.h"
+#include "support/transcript.h"
 
 namespace vekta::test {
 namespace {
@@ -102,14 +103,19 @@ AxisPlan build(const Scenario& sc, double sign, std::vector<Point>* pts) {
 
 // Walk the tree and solve, as the planning pass does: an odd profile is the
 // even shape solved on the mirrored state.
-bool classifyAndSolve(PlannerState& st, AxisPlan& rec, std::string* printed) {
-    StdoutCapture out;
-    walkStep2(st, Step2Tree, rec);
+bool solveClassified(PlannerState& st, AxisPlan& rec) {
     const int id = rec.step2Profile;
     if (id >= kStep2ProfileCount) return false;
     if (id % 2 != 0) mirrorAxis(rec);
     const bool ok = step2Solvers[id / 2](st, rec);
     if (rec.inv == -1) mirrorAxis(rec);
+    return ok;
+}
+
+bool classifyAndSolve(PlannerState& st, AxisPlan& rec, std::string* printed) {
+    StdoutCapture out;
+    walkStep2(st, Step2Tree, rec);
+    const bool ok = solveClassified(st, rec);
     *printed = out.text();
     return ok;
 }
@@ -350,6 +356,9 @@ std::string writtenHints(const PlannerState& st) {
 }
 
 TEST(Step2, EveryLeafFromARepresentativeState) {
+    // What the solver then makes of each leaf (and so of the hints' values)
+    // is pinned by step2_leaves.digest.
+    std::vector<std::vector<std::string>> transcripts;
     bool idSeen[kStep2ProfileCount] = {};
     for (const LeafCase& c : kLeaves) {
         SCOPED_TRACE(c.path);
@@ -367,8 +376,21 @@ TEST(Step2, EveryLeafFromARepresentativeState) {
         // A ramp committed on the way is a real section.
         if (rec.pointCount > 1) expectPhysicalCurve(rec);
         idSeen[c.id] = true;
+        std::string unit = "hints";
+        for (const double h : {st->triPeakAcc, st->hldLinLo, st->hldLinHi, st->linHldLo, st->linHldHi, st->negLinAcc,
+                               st->negLinAccSpare, st->trapTriSeed, st->triTrapSeed, st->triTriSeed}) {
+            unit += " " + bits(h);
+        }
+        StdoutCapture solverOut;
+        unit += "\nsolved " + std::to_string(solveClassified(*st, rec)) + "\n" + solverOut.text();
+        for (int i = 0; i < rec.pointCount && i < kMaxPoints; ++i) {
+            unit += bits(rec.secTime[i]) + " " + bits(rec.secAcc[i]) + " " + bits(rec.secVel[i]) + " " +
+                    bits(rec.secPos[i]) + "\n";
+        }
+        transcripts.push_back({c.path, unit});
     }
     for (int id = 0; id < kStep2ProfileCount; ++id) EXPECT_EQ(idSeen[id], id != 21 && id != 23) << "id " << id;
+    expectMatchesDigest(transcripts, VEKTA_STEP2_LEAVES_DIGEST);
 }
 
 }  // namespace
