@@ -211,38 +211,6 @@ TEST(BadInput, AxisCountsAxisIndicesAndSampleCountsOutsideTheirRange) {
     EXPECT_EQ(problems, "");
 }
 
-TEST(BadInput, ANewUpdateInTheMiddleOfSampling) {
-    // A good re-plan restarts sampling from the given state; a refused one
-    // stops sampling at once.
-    defaultState() = PlannerState{};
-    StdoutCapture quiet;
-    Update u;
-    ASSERT_TRUE(call(u));
-    double pos[6], vel[6], acc[6];
-    for (int period = 0; period < 20; ++period) {
-        for (int axis = 0; axis < 6; ++axis) {
-            int count;
-            vektaPositionModePerFreedom(axis, 1, &pos[axis], &vel[axis], &acc[axis], count);
-        }
-    }
-    for (int i = 0; i < 6; ++i) u.pos[i] = pos[i], u.vel[i] = vel[i], u.acc[i] = acc[i], u.tgt[i] += 0.5;
-    ASSERT_TRUE(call(u));
-    EXPECT_EQ(vektaCheckPlan(nullptr, 0), VEKTA_CHECK_OK);
-    for (int axis = 0; axis < 6; ++axis) {
-        const AxisPlan& r = defaultState().records[axis];
-        EXPECT_EQ(r.sampleCount, 0);
-        EXPECT_EQ(r.secPos[0], pos[axis]);
-        EXPECT_EQ(r.secVel[0], vel[axis]);
-        EXPECT_EQ(r.secAcc[0], acc[axis]);
-    }
-    u.vel[1] = kNaN;
-    EXPECT_FALSE(call(u));
-    int count = -1;
-    double p, v, a;
-    EXPECT_EQ(vektaPositionModePerFreedom(0, 1, &p, &v, &a, count), 0);
-    EXPECT_EQ(count, 0);
-}
-
 TEST(BadInput, CountersStopBeforeTheyOverflow) {
     // Sampling a finished axis for some 124 days, and re-planning every
     // period for weeks: neither the period counter nor the statistics wrap.
