@@ -24,7 +24,9 @@ struct Row {
 
 struct AxisSummary {
     double start, target, end;
-    double peakVel, peakAcc, peakJerk;  // largest |v|, |a|, |j| over the sampled set-points
+    // Largest |v|, |a|, |j| over the sampled set-points; the |v| of axis 0 of a
+    // conveyor catch-up is taken in the conveyor's frame, where its limit holds.
+    double peakVel, peakAcc, peakJerk;
     int finishedPeriod;                 // the period whose sample reported the end, -1 if none
 };
 
