@@ -1,12 +1,21 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build and the tests need, when missing.
+# Installs the Debian packages a make target needs, when they are missing.
+#
+#   install-deps.sh demo   the library, the vekta tool and its plots (make demo)
+#   install-deps.sh test   all of that and what the tests, the fuzz target and
+#                          the benchmarks need (make test, make bench; the default)
 set -euo pipefail
 
-packages=(cmake make g++ libgtest-dev binutils)
-# The vekta tool, its plots, the benchmarks and the install test.
-packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox libbenchmark-dev pkg-config)
-# The libFuzzer target of the tests: clang with its sanitizer and fuzzer runtimes.
-packages+=(clang-14 libclang-rt-14-dev)
+# The library, the vekta tool (CLI11, nlohmann-json) and its plots (gnuplot).
+packages=(cmake make g++ libcli11-dev nlohmann-json3-dev gnuplot-nox)
+case "${1:-test}" in
+  demo) ;;
+  # GoogleTest, the export check (binutils), the benchmarks, the install test
+  # (pkg-config), and the libFuzzer target: clang with its sanitizer and fuzzer runtimes.
+  test) packages+=(libgtest-dev binutils libbenchmark-dev pkg-config clang-14 libclang-rt-14-dev) ;;
+  *) echo "usage: $0 [demo|test]" >&2; exit 2 ;;
+esac
+
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -17,5 +26,11 @@ echo "installing: ${missing[*]}"
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
-$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+# apt's progress goes to a log, shown only when something fails.
+if ! { $sudo apt-get update -qq && $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"; } > "$log" 2>&1; then
+  cat "$log"
+  echo "install-deps.sh: could not install ${missing[*]}" >&2
+  exit 1
+fi

@@ -1,19 +1,26 @@
 // vekta: look at what the library plans.
 //
-//   vekta demo     plan and sample an embedded six-axis move; table, CSV, PNG
+//   vekta demo     an embedded six-axis move and the fastest stop from half-way;
+//                  tables, CSV, plots
 //   vekta plan     the same for a motion from a JSON file or the command line
 //   vekta verify   the randomized end-to-end sweep, with a progress bar
 //   vekta bench    plan and sample timings
 //
+// Every subcommand exits 0 when what it planned passed the plan check, 1 when
+// the library or the check refused a plan (saying why on one line of stderr),
+// 2 for a usage, input or output error; outputs are checked before planning.
 // The library prints diagnostics on standard output; they are silenced while
 // it plans and samples unless --library-output (or --trace) is given, so that
 // the tool's own output stays readable.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -30,28 +37,69 @@
 namespace vekta::cli {
 namespace {
 
+// Exit status, the same for every subcommand.
+constexpr int kPlanned = 0;  // planned, checked and sampled to the end (verify: every motion clean)
+constexpr int kRefused = 1;  // the library or the plan check refused a plan, or it did not finish
+constexpr int kBadUsage = 2;  // bad arguments, a bad input file, an output that cannot be written
+
+const char* const kExitStatus =
+    "Exit status (every subcommand): 0 planned and checked; 1 the library or the plan check refused a plan\n"
+    "(the reason on one line of stderr), or a verified motion failed; 2 a usage, input or output error.";
+
+[[noreturn]] void fail(const std::string& message) { throw std::runtime_error(message); }
+
 struct OutputOptions {
-    std::string csv, plot, saveMotion;
+    std::string csv, plot, saveMotion, units = "m";
     bool noPlot = false, libraryOutput = false, trace = false;
 };
 
 void addOutputOptions(CLI::App* cmd, OutputOptions& o, bool defaults) {
     cmd->add_option("--csv", o.csv, "write the samples to this CSV file")->capture_default_str();
-    cmd->add_option("--plot", o.plot, "draw position, velocity, acceleration and jerk into this PNG file")
+    cmd->add_option("--plot", o.plot, "draw position, velocity, acceleration and jerk into this .png, .svg or .pdf")
         ->capture_default_str();
-    if (defaults) cmd->add_flag("--no-plot", o.noPlot, "do not draw the PNG");
+    if (defaults) cmd->add_flag("--no-plot", o.noPlot, "draw no picture");
+    cmd->add_option("--units", o.units, "units of the positions: m or rad (labels only)")->capture_default_str();
     cmd->add_option("--save-motion", o.saveMotion, "write the motion as JSON (a starting point for `vekta plan`)");
     cmd->add_flag("--library-output", o.libraryOutput, "show the library's own standard output");
     cmd->add_flag("--trace", o.trace, "turn on the library's trace prints (implies --library-output)");
 }
 
-bool writeText(const std::string& path, const std::string& text) {
-    std::ofstream out(path);
-    out << text;
-    return static_cast<bool>(out);
+// An output file must be writable before anything is planned: its directory
+// exists and takes new files, and it is not a directory itself.
+void checkWritable(const std::string& option, const std::string& path) {
+    if (path.empty()) fail(option + ": no file name");
+    const std::string what = option + " " + path + ": ";
+    struct stat st {};
+    if (stat(path.c_str(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) fail(what + "is a directory");
+        if (access(path.c_str(), W_OK) != 0) fail(what + "is not writable");
+        return;
+    }
+    const std::size_t slash = path.rfind('/');
+    const std::string dir = slash == std::string::npos ? "." : path.substr(0, std::max<std::size_t>(slash, 1));
+    if (stat(dir.c_str(), &st) != 0) fail(what + "directory " + dir + " does not exist");
+    if (!S_ISDIR(st.st_mode)) fail(what + dir + " is not a directory");
+    if (access(dir.c_str(), W_OK) != 0) fail(what + "directory " + dir + " is not writable");
 }
 
-// Plans, samples and reports one motion: the table on stdout, then the files.
+void checkPlot(const std::string& path) {
+    checkWritable("--plot", path);
+    try {
+        plotFormatOf(path);
+    } catch (const std::runtime_error& e) {
+        fail("--plot " + path + ": " + e.what());
+    }
+    if (!gnuplotFound()) fail("--plot: gnuplot not found: install it with tools/install-deps.sh (Debian: gnuplot-nox)");
+}
+
+// Everything the options ask for that can be checked before planning.
+void checkOutputs(const OutputOptions& o) {
+    unitsNamed(o.units);
+    if (!o.csv.empty()) checkWritable("--csv", o.csv);
+    if (!o.saveMotion.empty()) checkWritable("--save-motion", o.saveMotion);
+    if (!o.plot.empty() && !o.noPlot) checkPlot(o.plot);
+}
+
 std::string titleFor(const std::string& what, const Trajectory& tr) {
     const Motion& m = tr.motion;
     char text[256];
@@ -60,61 +108,77 @@ std::string titleFor(const std::string& what, const Trajectory& tr) {
     return text;
 }
 
-int showMotion(const Motion& m, const OutputOptions& o, const std::string& what) {
-    if (!o.saveMotion.empty()) {
-        if (!writeText(o.saveMotion, motionToJson(m).dump(2) + "\n")) {
-            std::fprintf(stderr, "vekta: cannot write %s\n", o.saveMotion.c_str());
-            return 1;
-        }
-    }
-    const Trajectory tr = runTrajectory(m, o.libraryOutput, o.trace);
+// The table of a planned trajectory, then its files; the reason on stderr when
+// it was refused. Returns the exit status.
+int report(const Trajectory& tr, const OutputOptions& o, const std::string& command, const std::string& title,
+           const std::string& csv, const std::string& plot) {
+    const Units u = unitsNamed(o.units);
     if (o.libraryOutput || o.trace) std::printf("\n");
-    printTable(stdout, tr);
-    if (!tr.accepted) return 1;
-
-    int status = tr.finished ? 0 : 1;
-    if (!o.csv.empty()) {
-        std::FILE* f = std::fopen(o.csv.c_str(), "w");
-        if (f == nullptr) {
-            std::fprintf(stderr, "vekta: cannot write %s\n", o.csv.c_str());
-            return 1;
+    printTable(stdout, tr, u);
+    const std::string why = refusal(tr);
+    if (tr.accepted) {
+        // A plan the check refuses is still written out: it is worth a look.
+        if (!csv.empty()) {
+            std::FILE* f = std::fopen(csv.c_str(), "w");
+            if (f != nullptr) writeCsv(f, tr);
+            if (f == nullptr || std::fclose(f) != 0) {
+                std::fprintf(stderr, "%s: cannot write %s: %s\n", command.c_str(), csv.c_str(), std::strerror(errno));
+                return kBadUsage;
+            }
+            std::printf("samples: %s (%zu rows)\n", csv.c_str(), tr.rows.size());
         }
-        writeCsv(f, tr);
-        const bool ok = std::fclose(f) == 0;
-        if (!ok) {
-            std::fprintf(stderr, "vekta: cannot write %s\n", o.csv.c_str());
-            return 1;
-        }
-        std::printf("samples: %s (%zu rows)\n", o.csv.c_str(), tr.rows.size());
-    }
-    if (!o.plot.empty() && !o.noPlot) {
-        std::fflush(stdout);
-        const std::string error = drawPlot(tr, o.plot, titleFor(what, tr));
-        if (error.empty()) {
-            std::printf("plot:    %s\n", o.plot.c_str());
-        } else {
-            std::fprintf(stderr, "vekta: %s\n", error.c_str());
-            status = 1;
+        if (!plot.empty()) {
+            std::fflush(stdout);
+            const std::string error = drawPlot(tr, plot, titleFor(title, tr), u);
+            if (!error.empty()) {
+                std::fprintf(stderr, "%s: %s\n", command.c_str(), error.c_str());
+                return kBadUsage;
+            }
+            std::printf("plot:    %s\n", plot.c_str());
         }
     }
-    if (!o.saveMotion.empty()) std::printf("motion:  %s\n", o.saveMotion.c_str());
-    return status;
+    if (why.empty()) return kPlanned;
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s: %s\n", command.c_str(), why.c_str());
+    return kRefused;
 }
 
-Motion readMotionFile(const std::string& path) {
-    nlohmann::json j;
-    try {
-        if (path == "-") {
-            j = nlohmann::json::parse(std::cin);
-        } else {
-            std::ifstream in(path);
-            if (!in) throw std::runtime_error("cannot read " + path);
-            j = nlohmann::json::parse(in);
-        }
-    } catch (const nlohmann::json::parse_error& e) {
-        throw std::runtime_error(path + ": " + e.what());
+int saveMotion(const Motion& m, const OutputOptions& o, const std::string& command) {
+    if (o.saveMotion.empty()) return kPlanned;
+    std::ofstream out(o.saveMotion);
+    out << motionToJson(m).dump(2) << "\n";
+    out.close();
+    if (!out) {
+        std::fprintf(stderr, "%s: cannot write %s\n", command.c_str(), o.saveMotion.c_str());
+        return kBadUsage;
     }
-    return motionFromJson(j);
+    std::printf("motion:  %s\n", o.saveMotion.c_str());
+    return kPlanned;
+}
+
+int showMotion(const Motion& m, const OutputOptions& o, const std::string& command) {
+    if (saveMotion(m, o, command) != kPlanned) return kBadUsage;
+    const Trajectory tr = runTrajectory(m, o.libraryOutput, o.trace);
+    return report(tr, o, command, command, o.csv, o.noPlot ? "" : o.plot);
+}
+
+// The demo: the embedded move, then the fastest stop from its half-way state
+// (a velocity update), drawn beside it as <plot>-stop.<ext>.
+int demo(const OutputOptions& o) {
+    const std::string command = "vekta demo";
+    const std::string stopPlot = o.plot.empty() || o.noPlot ? "" : withSuffix(o.plot, "-stop");
+    checkOutputs(o);
+    if (!stopPlot.empty()) checkPlot(stopPlot);
+    const Motion m = demoMotion();
+    if (saveMotion(m, o, command) != kPlanned) return kBadUsage;
+    const Trajectory move = runTrajectory(m, o.libraryOutput, o.trace);
+    const int status = report(move, o, command, command, o.csv, o.noPlot ? "" : o.plot);
+    if (status == kBadUsage || !move.accepted) return status;
+
+    std::printf("\nthe fastest stop from the move's state half-way (t = %.3f s):\n",
+                static_cast<double>(static_cast<int>(move.plannedTime / 2.0 / kPeriod)) * kPeriod);
+    const Trajectory stop = runTrajectory(stopHalfWay(move), o.libraryOutput, o.trace);
+    return std::max(status, report(stop, o, command, "vekta demo, stop from half-way", "", stopPlot));
 }
 
 // ---- verify ------------------------------------------------------------------
@@ -165,13 +229,15 @@ Motion fromSweep(const sweep::Motion& s) {
 }
 
 struct VerifyOptions {
-    std::uint64_t count = 100000, seed = 1, only = 0;
-    bool replay = false, noProgress = false, strict = false;
+    std::string count = "100000", seed = "1", only;
+    bool noProgress = false, strict = false;
     OutputOptions out;
 };
 
-int replayCase(const VerifyOptions& v) {
-    const sweep::Motion m = sweep::drawMotion(v.seed, v.only);
+int replayCase(const VerifyOptions& v, std::uint64_t seed, std::uint64_t index) {
+    const std::string command = "vekta verify";
+    checkOutputs(v.out);
+    const sweep::Motion m = sweep::drawMotion(seed, index);
     sweep::printMotion(stdout, m);
     std::fflush(stdout);
     // The replay shows the library's output, as the sweep's replay line promises.
@@ -180,30 +246,39 @@ int replayCase(const VerifyOptions& v) {
     setTestLevel(false);
     std::fflush(stdout);
     std::printf("planned %.17g s, %d periods;", o.plannedTime, o.periods);
+    std::string failed;
     for (int k = 0; k < sweep::kFailureKinds; ++k) {
-        if (o.failed[k]) std::printf(" %s", sweep::failureName(k));
+        if (o.failed[k]) failed += std::string(failed.empty() ? "" : ", ") + sweep::failureName(k);
     }
-    std::printf("%s\n", o.any() ? "" : " ok");
+    std::printf(" %s\n", failed.empty() ? "ok" : failed.c_str());
+    // Planned once more through the tool for the files and the reason of a refusal.
+    const Trajectory tr = runTrajectory(fromSweep(m), false, false);
     if (!v.out.csv.empty() || !v.out.plot.empty()) {
-        OutputOptions files = v.out;
-        files.libraryOutput = files.trace = false;
         std::printf("\n");
-        const Motion cm = fromSweep(m);
-        showMotion(cm, files, "vekta verify --seed " + std::to_string(v.seed) + " --case " + std::to_string(v.only));
+        const int status = report(tr, v.out, command, sweep::replayCommand("vekta verify", seed, index), v.out.csv,
+                                  v.out.plot);
+        if (status == kBadUsage) return status;
     }
-    return o.any() ? 1 : 0;
+    if (failed.empty()) return kPlanned;
+    const std::string why = refusal(tr);
+    std::fprintf(stderr, "%s: motion %llu of seed %llu failed: %s%s\n", command.c_str(),
+                 static_cast<unsigned long long>(index), static_cast<unsigned long long>(seed), failed.c_str(),
+                 why.empty() ? "" : ("; " + why).c_str());
+    return kRefused;
 }
 
 int verify(const VerifyOptions& v) {
-    if (v.replay) return replayCase(v);
+    const std::uint64_t seed = parseInteger(v.seed, 0, UINT64_MAX, "--seed");
+    if (!v.only.empty()) return replayCase(v, seed, parseInteger(v.only, 0, UINT64_MAX, "--case"));
+    const std::uint64_t count = parseInteger(v.count, 1, 10000000, "--count");
     sweep::Summary s;
-    s.seed = v.seed;
-    ProgressBar bar(v.count, !v.noProgress && isatty(STDERR_FILENO) != 0);
+    s.seed = seed;
+    ProgressBar bar(count, !v.noProgress && isatty(STDERR_FILENO) != 0);
     long failing = 0;
     {
         sweep::QuietStdout quiet;
-        for (std::uint64_t i = 0; i < v.count; ++i) {
-            const sweep::Motion m = sweep::drawMotion(v.seed, i);
+        for (std::uint64_t i = 0; i < count; ++i) {
+            const sweep::Motion m = sweep::drawMotion(seed, i);
             const sweep::Outcome o = sweep::runMotion(m);
             failing += o.any();
             s.add(i, m, o);
@@ -212,14 +287,24 @@ int verify(const VerifyOptions& v) {
         bar.finish();
         sweep::printSummary(quiet.out(), s, "vekta verify");
     }
-    return v.strict && failing > 0 ? 1 : 0;
+    if (failing == 0) return kPlanned;
+    std::string kinds;
+    for (int k = 0; k < sweep::kFailureKinds; ++k) {
+        if (s.failures[k] > 0) {
+            kinds += (kinds.empty() ? "" : ", ") + std::string(sweep::failureName(k)) + " " +
+                     std::to_string(s.failures[k]);
+        }
+    }
+    std::fprintf(stderr, "vekta verify: %ld of %llu motions failed (%s); replay one with %s\n", failing,
+                 static_cast<unsigned long long>(count), kinds.c_str(),
+                 sweep::replayCommand("vekta verify", seed, s.exampleIndex[0]).c_str());
+    return kRefused;
 }
 
 // ---- bench -------------------------------------------------------------------
 
 struct BenchOptions {
-    int count = 1000, repeat = 20;
-    std::uint64_t seed = 1;
+    std::string count = "1000", repeat = "20", seed = "1";
 };
 
 using Clock = std::chrono::steady_clock;
@@ -230,9 +315,10 @@ bool planSweepMotion(const sweep::Motion& m) {
     return vektaPostionModeParaUpd(m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0);
 }
 
-// Times every motion `repeat` times; a motion's time is the fastest of its
+// Times every motion `repeat` times. A motion's time is the fastest of its
 // repetitions (the others carry interrupts and cache misses of the machine,
-// not of the planner).
+// not of the planner); the mean of every timed call is shown apart, as it
+// carries those too and can exceed the slowest motion's time.
 void benchPlans(std::FILE* out, const std::vector<sweep::Motion>& set, int repeat) {
     std::vector<double> best(set.size(), 1e300);
     double total = 0.0;
@@ -249,9 +335,13 @@ void benchPlans(std::FILE* out, const std::vector<sweep::Motion>& set, int repea
     }
     std::vector<double> sorted = best;
     std::sort(sorted.begin(), sorted.end());
-    const std::string label = set[0].axes == 1 ? "plan, 1 axis" : "plan, 6 axes";
-    std::fprintf(out, "%-14s %10.2f %10.2f %10.2f %10.2f   (%zu motions x %d)\n", label.c_str(), total / calls / 1000.0, sorted[sorted.size() / 2] / 1000.0,
-                 sorted[sorted.size() * 99 / 100] / 1000.0, sorted.back() / 1000.0, set.size(), repeat);
+    double sum = 0.0;
+    for (double ns : sorted) sum += ns;
+    const double us = 1000.0;
+    std::fprintf(out, "%-14s %8zu %9.2f %9.2f %9.2f %9.2f   | %9.2f\n",
+                 set[0].axes == 1 ? "plan, 1 axis" : "plan, 6 axes",
+                 set.size(), sum / static_cast<double>(sorted.size()) / us, sorted[sorted.size() / 2] / us,
+                 sorted[sorted.size() * 99 / 100] / us, sorted.back() / us, total / static_cast<double>(calls) / us);
 }
 
 void benchSamples(std::FILE* out, const std::vector<sweep::Motion>& set) {
@@ -272,30 +362,34 @@ void benchSamples(std::FILE* out, const std::vector<sweep::Motion>& set) {
         }
         total += nanoseconds(Clock::now() - t0);
     }
-    std::fprintf(out, "%-14s %10.1f ns per call (one axis, one period; %ld calls over the 6-axis motions)\n",
-                 "sample", total / static_cast<double>(samples), samples);
+    std::fprintf(out, "sample: %.1f ns a call (one axis, one period), the mean of %ld calls over the 6-axis motions\n",
+                 total / static_cast<double>(samples), samples);
 }
 
 int bench(const BenchOptions& b) {
+    const auto count = static_cast<std::size_t>(parseInteger(b.count, 1, 100000, "--count"));
+    const int repeat = static_cast<int>(parseInteger(b.repeat, 1, 10000, "--repeat"));
+    const std::uint64_t seed = parseInteger(b.seed, 0, UINT64_MAX, "--seed");
     std::vector<sweep::Motion> one, six;
-    for (std::uint64_t i = 0; one.size() < static_cast<std::size_t>(b.count) ||
-                              six.size() < static_cast<std::size_t>(b.count);
-         ++i) {
-        const sweep::Motion m = sweep::drawMotion(b.seed, i);
+    for (std::uint64_t i = 0; one.size() < count || six.size() < count; ++i) {
+        const sweep::Motion m = sweep::drawMotion(seed, i);
         if (m.mode != sweep::Mode::Position) continue;
         auto& set = m.axes == 1 ? one : six;
-        if (set.size() < static_cast<std::size_t>(b.count)) set.push_back(m);
+        if (set.size() < count) set.push_back(m);
     }
     sweep::QuietStdout quiet;
     std::FILE* out = quiet.out();
-    std::fprintf(out, "position updates drawn by the sweep (seed %llu), library output to /dev/null\n",
-                 static_cast<unsigned long long>(b.seed));
-    std::fprintf(out, "%-14s %10s %10s %10s %10s   [us]\n", "", "mean", "median", "p99", "worst");
-    benchPlans(out, one, b.repeat);
-    benchPlans(out, six, b.repeat);
+    std::fprintf(out, "position updates drawn by the sweep (seed %llu); the library's output goes to /dev/null\n",
+                 static_cast<unsigned long long>(seed));
+    std::fprintf(out, "plan time [us]: a motion's time is the fastest of its %d repetitions; \"all calls\" is the mean "
+                      "of every timed call\n", repeat);
+    std::fprintf(out, "%-14s %8s %9s %9s %9s %9s   | %9s\n", "", "motions", "mean", "median", "p99", "slowest",
+                 "all calls");
+    benchPlans(out, one, repeat);
+    benchPlans(out, six, repeat);
     benchSamples(out, six);
-    std::fprintf(out, "(a motion's time is its fastest repetition; `make bench` runs the Google Benchmark suite)\n");
-    return 0;
+    std::fprintf(out, "(a quick look: `make bench` runs the Google Benchmark suite)\n");
+    return kPlanned;
 }
 
 }  // namespace
@@ -305,16 +399,18 @@ int main(int argc, char** argv) {
     using namespace vekta::cli;
     CLI::App app{"vekta: plan, sample, plot and check jerk-limited motions with libvekta"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("vekta ") + VEKTA_VERSION);
+    app.footer(kExitStatus);
 
     OutputOptions demoOut;
     demoOut.csv = "vekta-demo.csv";
     demoOut.plot = "vekta-demo.png";
-    CLI::App* demo = app.add_subcommand("demo", "plan and sample an embedded six-axis move: table, CSV and PNG");
-    addOutputOptions(demo, demoOut, true);
+    CLI::App* demoCmd = app.add_subcommand(
+        "demo", "plan and sample an embedded six-axis move and the fastest stop from half-way: tables, CSV, plots");
+    addOutputOptions(demoCmd, demoOut, true);
 
     OutputOptions planOut;
-    std::string motionFile, mode = "position", conveyor;
-    double jerkRatio = 10.0;
+    std::string motionFile, mode = "position", jerkRatio = "10", conveyor;
     std::vector<std::string> axes;
     CLI::App* plan = app.add_subcommand("plan", "plan and sample a motion from a JSON file or the command line");
     plan->add_option("motion", motionFile, "JSON motion file ('-' for standard input)");
@@ -331,52 +427,65 @@ int main(int argc, char** argv) {
 
     VerifyOptions verifyOpts;
     CLI::App* verifyCmd = app.add_subcommand("verify", "the randomized end-to-end sweep");
-    verifyCmd->add_option("--count", verifyOpts.count, "motions to draw")->capture_default_str();
+    verifyCmd->add_option("--count", verifyOpts.count, "motions to draw (1 to 10000000)")->capture_default_str();
     verifyCmd->add_option("--seed", verifyOpts.seed, "seed of the sweep")->capture_default_str();
     CLI::Option* caseOpt =
         verifyCmd->add_option("--case", verifyOpts.only, "replay this one motion with the library's output");
     verifyCmd->add_flag("--no-progress", verifyOpts.noProgress, "no progress bar on stderr");
-    verifyCmd->add_flag("--strict", verifyOpts.strict, "exit with status 1 when any motion fails a check");
+    // A failing motion always gives status 1 now; the flag stays for old scripts.
+    verifyCmd->add_flag("--strict", verifyOpts.strict)->group("");
     verifyCmd->add_flag("--trace", verifyOpts.out.trace, "with --case: the library's trace prints")->needs(caseOpt);
     verifyCmd->add_option("--csv", verifyOpts.out.csv, "with --case: write the samples")->needs(caseOpt);
-    verifyCmd->add_option("--plot", verifyOpts.out.plot, "with --case: draw the PNG")->needs(caseOpt);
+    verifyCmd->add_option("--plot", verifyOpts.out.plot, "with --case: draw the motion (.png, .svg or .pdf)")
+        ->needs(caseOpt);
+    verifyCmd->add_option("--units", verifyOpts.out.units, "with --case: units of the positions, m or rad")
+        ->needs(caseOpt);
 
     BenchOptions benchOpts;
     CLI::App* benchCmd = app.add_subcommand("bench", "plan and sample timings (a quick look; see `make bench`)");
-    benchCmd->add_option("--count", benchOpts.count, "motions per set")->capture_default_str()->check(
-        CLI::PositiveNumber);
-    benchCmd->add_option("--repeat", benchOpts.repeat, "timed repetitions of every motion")
-        ->capture_default_str()
-        ->check(CLI::PositiveNumber);
+    benchCmd->add_option("--count", benchOpts.count, "motions per set (1 to 100000)")->capture_default_str();
+    benchCmd->add_option("--repeat", benchOpts.repeat, "timed repetitions of every motion (1 to 10000)")
+        ->capture_default_str();
     benchCmd->add_option("--seed", benchOpts.seed, "seed of the drawn motions")->capture_default_str();
 
-    CLI11_PARSE(app, argc, argv);
-
     try {
-        if (demo->parsed()) {
-            const Motion m = demoMotion();
-            return showMotion(m, demoOut, "vekta demo");
+        app.parse(argc, argv);
+    } catch (const CLI::Success& e) {
+        return app.exit(e);  // --help, --version
+    } catch (const CLI::ParseError& e) {
+        // CLI11 asks for a subcommand before it complains about an unknown word.
+        const std::vector<std::string> extra = app.remaining();
+        if (app.get_subcommands().empty() && !extra.empty()) {
+            std::fprintf(stderr, "vekta: unknown subcommand \"%s\": use demo, plan, verify or bench\n",
+                         extra[0].c_str());
+        } else {
+            std::fprintf(stderr, "vekta: %s (see vekta --help)\n", e.what());
         }
+        return kBadUsage;
+    }
+
+    std::string command = "vekta";
+    for (const CLI::App* sub : app.get_subcommands()) command += " " + sub->get_name();
+    try {
+        if (demoCmd->parsed()) return demo(demoOut);
         if (plan->parsed()) {
+            checkOutputs(planOut);
             Motion m;
             if (!axes.empty()) {
-                m = motionFromArgs(mode, jerkRatio, axes, conveyor);
+                m = motionFromArgs(mode, parseNumber(jerkRatio, "--jerk-ratio"), axes, conveyor);
             } else if (!motionFile.empty()) {
                 m = readMotionFile(motionFile);
             } else {
-                std::fprintf(stderr, "vekta plan: give a JSON motion file or --axis (see vekta plan --help)\n");
-                return 2;
+                fail("give a JSON motion file or --axis (see vekta plan --help)");
             }
             return showMotion(m, planOut, "vekta plan");
         }
-        if (verifyCmd->parsed()) {
-            verifyOpts.replay = caseOpt->count() > 0;
-            return verify(verifyOpts);
-        }
+        if (verifyCmd->parsed()) return verify(verifyOpts);
         if (benchCmd->parsed()) return bench(benchOpts);
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "vekta: %s\n", e.what());
-        return 2;
+        std::fflush(stdout);
+        std::fprintf(stderr, "%s: %s\n", command.c_str(), e.what());
+        return kBadUsage;
     }
-    return 0;
+    return kPlanned;
 }

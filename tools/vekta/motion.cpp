@@ -1,7 +1,14 @@
 #include "motion.h"
 
+#include <sys/stat.h>
+
+#include <cctype>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -36,9 +43,7 @@ double number(const json& obj, const char* key, const std::string& where, bool r
         return fallback;
     }
     if (!it->is_number()) fail(where + ": \"" + key + "\" must be a number");
-    const double x = it->get<double>();
-    if (!std::isfinite(x)) fail(where + ": \"" + key + "\" must be finite");
-    return x;
+    return it->get<double>();  // finite: the reader refuses an overflowing number
 }
 
 const json& object(const json& obj, const char* key, const std::string& where) {
@@ -60,6 +65,73 @@ void validate(const Motion& m) {
         }
     }
     if (m.mode == Mode::Conveyor && !(m.conveyorVel >= 0.0)) fail("the conveyor velocity must not be negative");
+}
+
+// Where the JSON reader is, as a path ("axes[0].limits.velocity"), so that a
+// value it cannot read can be named. An array's index counts the elements
+// already finished, which is the index of the one being read.
+struct JsonPath {
+    struct Level {
+        bool array;
+        std::size_t index;
+        std::string key;
+    };
+    std::vector<Level> levels;
+
+    bool event(json::parse_event_t ev, const json& parsed) {
+        switch (ev) {
+            case json::parse_event_t::object_start:
+                levels.push_back({false, 0, ""});
+                break;
+            case json::parse_event_t::array_start:
+                levels.push_back({true, 0, ""});
+                break;
+            case json::parse_event_t::key:
+                levels.back().key = parsed.get<std::string>();
+                break;
+            case json::parse_event_t::object_end:
+            case json::parse_event_t::array_end:
+                levels.pop_back();
+                [[fallthrough]];
+            case json::parse_event_t::value:
+                if (!levels.empty() && levels.back().array) ++levels.back().index;
+                break;
+        }
+        return true;
+    }
+
+    std::string text() const {
+        std::string s;
+        for (const Level& l : levels) {
+            if (l.array) {
+                s += "[" + std::to_string(l.index) + "]";
+            } else {
+                s += (s.empty() ? "" : ".") + l.key;
+            }
+        }
+        return s.empty() ? "the top level" : s;
+    }
+};
+
+// nlohmann's messages start with "[json.exception.parse_error.101] ".
+std::string withoutExceptionId(const char* what) {
+    const char* close = std::strchr(what, ']');
+    return close != nullptr && what[0] == '[' ? std::string(close + 1 + (close[1] == ' ')) : what;
+}
+
+json parseJson(std::istream& in) {
+    JsonPath path;
+    try {
+        return json::parse(in, [&path](int, json::parse_event_t ev, json& parsed) { return path.event(ev, parsed); });
+    } catch (const json::out_of_range& e) {
+        // The only range error of the reader: a number beyond double (406).
+        const std::string what = e.what();
+        const std::size_t open = what.find('\''), close = what.rfind('\'');
+        const std::string number = open < close ? what.substr(open + 1, close - open - 1) : "a number";
+        fail(path.text() + ": " + number + " is not a finite number");
+    } catch (const json::exception& e) {
+        fail(withoutExceptionId(e.what()));
+    }
 }
 
 }  // namespace
@@ -169,21 +241,71 @@ json motionToJson(const Motion& m) {
     return j;
 }
 
-std::vector<double> parseNumbers(const std::string& text, std::size_t count, const std::string& what) {
-    std::vector<double> out;
-    std::stringstream in(text);
+Motion readMotionFile(const std::string& path) {
+    const std::string name = path == "-" ? "standard input" : path;
+    try {
+        if (path == "-") return motionFromJson(parseJson(std::cin));
+        struct stat st {};
+        if (stat(path.c_str(), &st) != 0) fail(std::strerror(errno));
+        if (S_ISDIR(st.st_mode)) fail("is a directory, not a motion file");
+        std::ifstream in(path);
+        if (!in) fail(std::strerror(errno));
+        return motionFromJson(parseJson(in));
+    } catch (const std::runtime_error& e) {
+        throw std::runtime_error(name + ": " + e.what());
+    }
+}
+
+double parseNumber(const std::string& text, const std::string& what) {
+    // [+-] digits [. digits] [e [+-] digits], with digits on at least one side of the point.
+    std::size_t i = 0, digits = 0;
+    const auto skipDigits = [&] {
+        const std::size_t from = i;
+        while (i < text.size() && std::isdigit(static_cast<unsigned char>(text[i]))) ++i;
+        return i - from;
+    };
+    if (i < text.size() && (text[i] == '+' || text[i] == '-')) ++i;
+    digits += skipDigits();
+    if (i < text.size() && text[i] == '.') {
+        ++i;
+        digits += skipDigits();
+    }
+    bool ok = digits > 0;
+    if (ok && i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+        ++i;
+        if (i < text.size() && (text[i] == '+' || text[i] == '-')) ++i;
+        ok = skipDigits() > 0;
+    }
+    if (!ok || i != text.size()) fail(what + ": \"" + text + "\" is not a decimal number");
+    const double x = std::strtod(text.c_str(), nullptr);
+    if (!std::isfinite(x)) fail(what + ": " + text + " is not a finite number");
+    return x;
+}
+
+std::uint64_t parseInteger(const std::string& text, std::uint64_t lo, std::uint64_t hi, const std::string& what) {
+    const std::string range = "an integer from " + std::to_string(lo) + " to " + std::to_string(hi);
+    const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+    if (!digits) fail(what + ": \"" + text + "\" is not " + range);
+    errno = 0;
+    const unsigned long long x = std::strtoull(text.c_str(), nullptr, 10);
+    if (errno == ERANGE || x < lo || x > hi) fail(what + ": " + text + " is not " + range);
+    return x;
+}
+
+std::vector<double> parseNumbers(const std::string& text, const std::vector<std::string>& fields,
+                                 const std::string& what) {
+    std::vector<std::string> items;
+    std::stringstream in(text + ",");  // so that a trailing empty field is read too
     std::string item;
-    while (std::getline(in, item, ',')) {
-        char* end = nullptr;
-        const double x = std::strtod(item.c_str(), &end);
-        if (item.empty() || end == item.c_str() || *end != '\0' || !std::isfinite(x)) {
-            fail(what + ": \"" + item + "\" is not a number");
-        }
-        out.push_back(x);
+    while (std::getline(in, item, ',')) items.push_back(item);
+    if (items.size() != fields.size()) {
+        std::string names;
+        for (const std::string& f : fields) names += (names.empty() ? "" : ",") + f;
+        fail(what + ": expected " + std::to_string(fields.size()) + " comma-separated numbers (" + names +
+             "), got \"" + text + "\"");
     }
-    if (out.size() != count) {
-        fail(what + ": expected " + std::to_string(count) + " comma-separated numbers in \"" + text + "\"");
-    }
+    std::vector<double> out;
+    for (std::size_t k = 0; k < items.size(); ++k) out.push_back(parseNumber(items[k], what + " " + fields[k]));
     return out;
 }
 
@@ -197,7 +319,8 @@ Motion motionFromArgs(const std::string& mode, double jerkRatio, const std::vect
     }
     m.axes = static_cast<int>(axes.size());
     for (int i = 0; i < m.axes; ++i) {
-        const auto v = parseNumbers(axes[i], 6, "--axis " + std::to_string(i));
+        const auto v = parseNumbers(axes[i], {"position", "velocity", "acceleration", "target", "maxVel", "maxAcc"},
+                                    "--axis " + std::to_string(i));
         m.pos[i] = v[0];
         m.vel[i] = v[1];
         m.acc[i] = v[2];
@@ -207,7 +330,7 @@ Motion motionFromArgs(const std::string& mode, double jerkRatio, const std::vect
     }
     if (m.mode == Mode::Conveyor) {
         if (conveyor.empty()) fail("the conveyor mode needs --conveyor velocity,limit,spare");
-        const auto c = parseNumbers(conveyor, 3, "--conveyor");
+        const auto c = parseNumbers(conveyor, {"velocity", "limit", "spare"}, "--conveyor");
         m.conveyorVel = c[0];
         m.conveyorLimit = c[1];
         m.spare = c[2];

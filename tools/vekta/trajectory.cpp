@@ -1,8 +1,12 @@
 #include "trajectory.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <memory>
+#include <stdexcept>
 
 #include "sweep.h"
 #include "vekta/vekta.h"
@@ -30,6 +34,60 @@ int sample(Mode mode, int axis, double& p, double& v, double& a, int& count) {
                                   : vektaPositionModePerFreedom(axis, 1, &p, &v, &a, count);
 }
 
+// Runs `call` with the standard output sent to a temporary file and returns
+// what was printed.
+template <typename Call>
+std::string captureStdout(Call call) {
+    std::fflush(stdout);
+    std::FILE* tmp = std::tmpfile();
+    const int saved = dup(STDOUT_FILENO);
+    if (tmp == nullptr || saved < 0) {
+        call();
+        if (tmp != nullptr) std::fclose(tmp);
+        if (saved >= 0) close(saved);
+        return "";
+    }
+    dup2(fileno(tmp), STDOUT_FILENO);
+    call();
+    std::fflush(stdout);
+    dup2(saved, STDOUT_FILENO);
+    close(saved);
+    std::string text;
+    std::rewind(tmp);
+    char buf[4096];
+    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, tmp)) > 0;) text.append(buf, n);
+    std::fclose(tmp);
+    return text;
+}
+
+// The lines of the library's output that say why something failed: its error,
+// overflow and refusal lines, not the always-printed update lines.
+std::string libraryErrors(const std::string& output) {
+    static const char* const kWords[] = {"error", "fail", "overflow", "incorrect", "timeout"};
+    std::string found, line;
+    std::size_t from = 0;
+    while (from < output.size()) {
+        std::size_t end = output.find('\n', from);
+        if (end == std::string::npos) end = output.size();
+        line = output.substr(from, end - from);
+        from = end + 1;
+        while (!line.empty() && std::isspace(static_cast<unsigned char>(line.back()))) line.pop_back();
+        std::string lower = line;
+        for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        for (const char* w : kWords) {
+            if (lower.find(w) != std::string::npos) {
+                found += (found.empty() ? "" : "; ") + line;
+                break;
+            }
+        }
+    }
+    return found;
+}
+
+// The velocity of the frame an axis's velocity limit holds in: the conveyor's
+// for axis 0 of a catch-up, otherwise the fixed frame.
+double conveyorFrame(const Motion& m, int axis) { return m.mode == Mode::Conveyor && axis == 0 ? m.conveyorVel : 0.0; }
+
 Row startRow(const Motion& m) {
     Row r{};
     for (int i = 0; i < m.axes; ++i) {
@@ -44,11 +102,16 @@ Row startRow(const Motion& m) {
 
 }  // namespace
 
+Units unitsNamed(const std::string& name) {
+    if (name == "m") return {"m", "m/s", "m/s^2", "m/s^3"};
+    if (name == "rad") return {"rad", "rad/s", "rad/s^2", "rad/s^3"};
+    throw std::runtime_error("--units: \"" + name + "\" is neither m nor rad");
+}
+
 Trajectory runTrajectory(const Motion& m, bool libraryOutput, bool trace) {
     Trajectory tr;
     tr.motion = m;
-    std::unique_ptr<sweep::QuietStdout> quiet;
-    if (!libraryOutput && !trace) quiet = std::make_unique<sweep::QuietStdout>();
+    const bool shown = libraryOutput || trace;
     setTestLevel(trace);
 
     tr.rows.push_back(startRow(m));
@@ -60,12 +123,18 @@ Trajectory runTrajectory(const Motion& m, bool libraryOutput, bool trace) {
         s.finishedPeriod = -1;
     }
 
-    tr.accepted = update(m);
+    tr.updateOutput = captureStdout([&] { tr.accepted = update(m); });
+    if (shown) {
+        std::fwrite(tr.updateOutput.data(), 1, tr.updateOutput.size(), stdout);
+        std::fflush(stdout);
+    }
+    char why[256];
+    tr.checkCode = vektaCheckPlan(why, sizeof why);
+    tr.checkMessage = why;
+    std::unique_ptr<sweep::QuietStdout> quiet;
+    if (!shown) quiet = std::make_unique<sweep::QuietStdout>();
     if (tr.accepted) {
         tr.plannedTime = getLeftMoveTime();
-        char why[256];
-        tr.checkCode = vektaCheckPlan(why, sizeof why);
-        if (tr.checkCode != VEKTA_CHECK_OK) tr.checkMessage = why;
         int remaining = m.axes;
         for (int period = 1; remaining > 0 && period <= kMaxPeriods; ++period) {
             Row row = tr.rows.back();
@@ -83,7 +152,7 @@ Trajectory runTrajectory(const Motion& m, bool libraryOutput, bool trace) {
                 }
                 row.jerk[i] = (row.acc[i] - tr.rows.back().acc[i]) / kPeriod;
                 s.end = row.pos[i];
-                s.peakVel = std::max(s.peakVel, std::fabs(row.vel[i]));
+                s.peakVel = std::max(s.peakVel, std::fabs(row.vel[i] - conveyorFrame(m, i)));
                 s.peakAcc = std::max(s.peakAcc, std::fabs(row.acc[i]));
                 s.peakJerk = std::max(s.peakJerk, std::fabs(row.jerk[i]));
             }
@@ -94,6 +163,40 @@ Trajectory runTrajectory(const Motion& m, bool libraryOutput, bool trace) {
     std::fflush(stdout);
     setTestLevel(false);
     return tr;
+}
+
+std::string refusal(const Trajectory& tr) {
+    const Motion& m = tr.motion;
+    const std::string check = "plan check (code " + std::to_string(tr.checkCode) + "): " + tr.checkMessage;
+    if (!tr.accepted) {
+        std::string library = libraryErrors(tr.updateOutput);
+        if (library.empty() && m.mode == Mode::Conveyor && m.spare < 0.002) {
+            library = "the conveyor update refuses a spare below 0.002, silently";
+        }
+        return "the library refused the motion: " + (library.empty() ? "it printed no reason" : library) + "; " +
+               check;
+    }
+    if (tr.checkCode != VEKTA_CHECK_OK) {
+        return "the plan check refused the plan (code " + std::to_string(tr.checkCode) + "): " + tr.checkMessage;
+    }
+    if (!tr.finished) {
+        return "not every axis finished within " + std::to_string(kMaxPeriods) + " periods (" +
+               std::to_string(static_cast<int>(kMaxPeriods * kPeriod)) + " s)";
+    }
+    return "";
+}
+
+Motion stopHalfWay(const Trajectory& tr) {
+    const std::size_t half = std::min(tr.rows.size() - 1, static_cast<std::size_t>(tr.plannedTime / 2.0 / kPeriod));
+    const Row& r = tr.rows[half];
+    Motion stop = tr.motion;
+    stop.mode = Mode::Velocity;
+    for (int i = 0; i < stop.axes; ++i) {
+        stop.pos[i] = stop.tgt[i] = r.pos[i];
+        stop.vel[i] = r.vel[i];
+        stop.acc[i] = r.acc[i];
+    }
+    return stop;
 }
 
 void writeCsv(std::FILE* out, const Trajectory& tr) {
@@ -109,7 +212,7 @@ void writeCsv(std::FILE* out, const Trajectory& tr) {
     }
 }
 
-void printTable(std::FILE* out, const Trajectory& tr) {
+void printTable(std::FILE* out, const Trajectory& tr, const Units& u) {
     const Motion& m = tr.motion;
     std::fprintf(out, "%s update, %d %s, jerk ratio %g", modeName(m.mode), m.axes, m.axes == 1 ? "axis" : "axes",
                  m.jerkRatio);
@@ -121,7 +224,8 @@ void printTable(std::FILE* out, const Trajectory& tr) {
         std::fprintf(out, "the library rejected this motion: nothing to sample\n");
         return;
     }
-    std::fprintf(out, "planned duration %.6f s (axis 0); sampled every %g s\n", tr.plannedTime, kPeriod);
+    std::fprintf(out, "planned duration %.6f s (axis 0); sampled every %g s; units %s, %s, %s, %s\n", tr.plannedTime,
+                 kPeriod, u.pos, u.vel, u.acc, u.jerk);
     if (tr.checkCode == VEKTA_CHECK_OK) {
         std::fprintf(out, "plan check: passed\n");
     } else {
@@ -147,6 +251,11 @@ void printTable(std::FILE* out, const Trajectory& tr) {
         std::fprintf(out, "%4d %9.4f %9s %9.4f %9s  %8.4f / %-8.4g %8.4f / %-8.4g %9.3f / %-8.4g %6s\n", i, s.start,
                      target, s.end, doneAt, s.peakVel, m.maxVel[i], s.peakAcc, m.maxAcc[i], s.peakJerk,
                      tr.jerkLimit(i), period);
+    }
+    if (m.mode == Mode::Conveyor) {
+        std::fprintf(out, "axis 0 is shown in the fixed frame: its target moves with the conveyor (%g + %g t) and its "
+                          "peak |v| is taken in the conveyor's frame (v - %g), where its limit holds\n",
+                     m.tgt[0], m.conveyorVel, m.conveyorVel);
     }
     if (!tr.finished) {
         std::fprintf(out, "not every axis finished within %d periods (%g s)\n", kMaxPeriods, kMaxPeriods * kPeriod);
