@@ -187,6 +187,23 @@ VEKTA_API int vektaCheckPlan(char* message, int messageSize);
 /* Switches the planner's trace prints on or off. Returns nothing, prints nothing. */
 VEKTA_API void setTestLevel(bool on);
 
+/*
+ * Switches recovery mode on or off for the updates that follow. It is off at
+ * load, and off means exactly the behaviour described above. Returns nothing,
+ * prints nothing.
+ *
+ * With recovery on, the plan of every update that planned is checked as
+ * vektaCheckPlan does; when the check fails the update returns false, as for
+ * a plan that was not found (sampling returns 0 until an update succeeds,
+ * vektaCheckPlan reports no plan), and prints "vekta: plan refused: %s\n"
+ * with the check's message. A conveyor update is checked in the conveyor's
+ * frame, after its "posUpd" lines and before the conveyor limit.
+ *
+ * Every update whose plan passes the check returns the same plan, samples
+ * and lines in both modes.
+ */
+VEKTA_API void vektaSetRecovery(bool on);
+
 /* Kept for compatibility; does nothing. */
 VEKTA_API void vektaDebugInfo();
 

@@ -99,6 +99,10 @@ struct PlannerState {
     double lastFirstPos;  // first position of the previous single-axis sample call
 
     std::int8_t planMode;  // PlanMode of the last update that planned
+
+    // Recovery mode (vektaSetRecovery), off at load. While it is on, an
+    // update whose plan the plan check rejects is refused.
+    bool recovery;
 };
 
 // Count one more event in a statistics counter. The counters grow across
