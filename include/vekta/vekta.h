@@ -192,6 +192,11 @@ VEKTA_API void setTestLevel(bool on);
  * load, and off means exactly the behaviour described above. Returns nothing,
  * prints nothing.
  *
+ * With recovery on, an axis beyond the velocity limit whose velocity comes
+ * back inside by releasing its acceleration alone releases it (one ramp to
+ * zero acceleration, then plans from there) instead of taking the over-speed
+ * pulse, whose first ramp would run backwards in time there.
+ *
  * With recovery on, the plan of every update that planned is checked as
  * vektaCheckPlan does; when the check fails the update returns false, as for
  * a plan that was not found (sampling returns 0 until an update succeeds,

@@ -122,6 +122,30 @@ void negTrap(Reach& r, double w) {
 
 bool node0(PlannerState&, AxisPlan&) { return true; }
 
+// Whether node 5's triangle pulse would peak below the present acceleration:
+// when releasing a alone already lifts the velocity past -V
+// (v + a^2/(2J) > -V), the peak ap = root(a^2/2 + (-V - v) J) that
+// velTriPulse computes lies below a, and the pulse's first ramp, a -> ap at
+// +J, would last a negative time.
+bool pulseRunsBackwards(const AxisPlan& r) {
+    const double V = r.maxVel, A = r.maxAcc, J = r.maxJerk;
+    const double v = r.curVel, a = r.curAcc;
+    const bool triangle = (A * A - a * a / 2.0) / J + v > -V;
+    return triangle && guardedRoot(a * a / 2.0 + (-V - v) * J) < a;
+}
+
+// Node 5: the over-speed pulse. In recovery mode, where that pulse would run
+// backwards in time, the axis only releases its acceleration: the release
+// ends inside the limit (and not above +V, which node 3 has seen to), with
+// zero acceleration, from where the tree plans as from any such state.
+bool node5(PlannerState& st, AxisPlan& r) {
+    if (st.recovery && pulseRunsBackwards(r)) {
+        appendAccToZero(r);
+        return true;
+    }
+    return overspeedPulse(st, r);
+}
+
 // Velocity after a full pulse a -> A -> 0: v + (2A^2 - a^2)/(2J).
 double fullPulseVel(const AxisPlan& r) {
     return r.curVel + (2.0 * r.maxAcc * r.maxAcc - r.curAcc * r.curAcc) / (2.0 * r.maxJerk);
@@ -459,7 +483,7 @@ const NodeFn kStep1Nodes[kStep1TreeNodeCount] = {
     prologueNode2,   // 2
     prologueNode3,   // 3
     prologueNode4,   // 4
-    overspeedPulse,  // 5
+    node5,           // 5
     prologueNode6,   // 6
     prologueNode7,   // 7
     prologueNode8,   // 8
