@@ -100,9 +100,11 @@ struct PlannerState {
 
     std::int8_t planMode;  // PlanMode of the last update that planned
 
-    // Recovery mode (vektaSetRecovery), off at load. While it is on, an
-    // update whose plan the plan check rejects is refused.
+    // Recovery mode (vektaSetRecovery), off at load. While it is on, a failed
+    // step-1 solve is tried once more with the repairs, and an update whose
+    // plan the plan check rejects is refused.
     bool recovery;
+    bool step1Retry;  // set while that second attempt walks and solves
 };
 
 // Count one more event in a statistics counter. The counters grow across

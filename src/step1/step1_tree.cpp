@@ -302,6 +302,15 @@ bool node25(PlannerState&, AxisPlan& r) {
     return false;
 }
 
+// Node 44: the test of node 25 (17 when false), here after node 35 released
+// the acceleration and node 43. The chain's first pulse takes the velocity
+// from v down to vt - A^2/J; where that is more than A^2/J no triangle below
+// A does it, the shape must start with a negative trapezoid and the id-17
+// solver finds nothing. On recovery's second attempt, which only follows a
+// failed solve, the walk goes on to node 45 as if the test held: nodes 45,
+// 46, 47 and 20 choose among the shapes that start with that trapezoid.
+bool node44(PlannerState& st, AxisPlan& r) { return node25(st, r) || st.step1Retry; }
+
 // Node 26 (also 45): A^2/J - V >= vt.
 bool node26(PlannerState&, AxisPlan& r) { return peakAPulseVel(r) - r.maxVel >= r.tgtVel; }
 
@@ -522,7 +531,7 @@ const NodeFn kStep1Nodes[kStep1TreeNodeCount] = {
     node38,          // 41 the test of node 38
     node42,          // 42
     node18,          // 43 the test of node 18
-    node25,          // 44 the test of node 25
+    node44,          // 44 the test of node 25
     node26,          // 45 the test of node 26
     node46,          // 46
     node47,          // 47
