@@ -95,6 +95,14 @@ void planTimes(benchmark::State& state, const std::vector<Motion>& set) {
     state.counters["motions"] = timed;
 }
 
+// The same with recovery mode on: the plan check after every update, and a
+// second attempt for the axes whose plan fails by default.
+void planTimesRecovering(benchmark::State& state, const std::vector<Motion>& set) {
+    vektaSetRecovery(true);
+    planTimes(state, set);
+    vektaSetRecovery(false);
+}
+
 // One iteration samples one planned motion of the set to its end, every axis
 // once per period; the update before it is not timed.
 void sampleTimes(benchmark::State& state, const std::vector<Motion>& set) {
@@ -137,12 +145,18 @@ void registerAll() {
             benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()))
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
+            benchmark::RegisterBenchmark((name + "/recovery").c_str(), planTimesRecovering, std::cref(sets.back()))
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
         }
     }
     for (int axes : {1, 6}) {
         sets.push_back(drawSet(axes, Mode::Velocity, Starts::All));
         const std::string name = "plan/stop/axes:" + std::to_string(axes) + "/start:all";
         benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()))
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
+        benchmark::RegisterBenchmark((name + "/recovery").c_str(), planTimesRecovering, std::cref(sets.back()))
             ->UseManualTime()
             ->Unit(benchmark::kMicrosecond);
     }

@@ -249,7 +249,7 @@ const LeafCase kLeaves[] = {
     {0, 0, 0.25, 0.125, 0.875, 10, "9+ 10- 12- 88- 90+ 91- 92+ 93-"},
     {0, 0, 0.25, 0.13, 0.875, 10, "9+ 10- 12- 88- 90+ 91- 92+ 93-"},
     {0.5, 0, 0.5, 0.4, 1.15, 8, "9+ 10+ 11- 14- 19+ 25- 26+"},
-    {0.5, 0, 0.5, 0.375, 1.15, 10, "9+ 10+ 11- 14- 19+ 25- [D26-89] 26+"},
+    {0.5, 0, 0.5, 0.375, 1.15, 10, "9+ 10+ 11- 14- 19+ 25- {D26-89} 26+"},
     // Hold and Lin shapes.
     {0, -0.75, 0, -0.5, 1.5, 16, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41- 43+ 44+"},
     {0, 0.75, 0, 0.5, 1.5, 17, "9- 51- 52- 53+ 54- 65+ 67+ 68- 72+ 73+"},
@@ -306,13 +306,14 @@ const LeafCase kLeaves[] = {
     {0.75, -1, -1.75, -3, 2.25, 9, "9- 51- 52- 53+ 54- 65+ 67+ 68+"},
 };
 
-// The walk's trace for a path: "9+" is printed "9-1 \t", "[line]" as "line\n".
+// The walk's trace for a path: "9+" is printed "9-1 \t", "[line]" as "line\n",
+// "{text}" as text without a line feed.
 std::string traceText(const std::string& path) {
     std::string out, tok;
     for (std::size_t i = 0; i < path.size(); ++i) {
-        if (path[i] == '[') {
-            const std::size_t end = path.find(']', i);
-            out += path.substr(i + 1, end - i - 1) + "\n";
+        if (path[i] == '[' || path[i] == '{') {
+            const std::size_t end = path.find(path[i] == '[' ? ']' : '}', i);
+            out += path.substr(i + 1, end - i - 1) + (path[i] == '[' ? "\n" : "");
             i = end;
         } else if (path[i] != ' ') {
             tok += path[i];

@@ -187,6 +187,46 @@ VEKTA_API int vektaCheckPlan(char* message, int messageSize);
 /* Switches the planner's trace prints on or off. Returns nothing, prints nothing. */
 VEKTA_API void setTestLevel(bool on);
 
+/*
+ * Switches recovery mode on or off for the updates that follow. It is off at
+ * load, and off means exactly the behaviour described above. Returns nothing,
+ * prints nothing.
+ *
+ * With recovery on, an axis beyond the velocity limit whose velocity comes
+ * back inside by releasing its acceleration alone releases it (one ramp to
+ * zero acceleration, then plans from there) instead of taking the over-speed
+ * pulse, whose first ramp would run backwards in time there.
+ *
+ * With recovery on, an axis whose minimum-time plan fails (position and
+ * conveyor updates) is planned once more from its start state, with two
+ * repairs that act only on that second attempt:
+ *  - an axis that must turn back to its target, where the turning pulse needs
+ *    more velocity change than a triangle below the acceleration limit gives
+ *    (more than A^2/J), gets a shape that starts with a trapezoid instead of
+ *    a failing triangle-first one (e.g. at 0 moving at 0.3, target 0, V 1,
+ *    A 4, jerk ratio 10);
+ *  - an axis that brakes towards a target lying between the stop it would
+ *    make by braking harder at once and the one it would make by releasing
+ *    its acceleration and braking again eases its acceleration off part of
+ *    the way first; that easing is searched over all it may be, not only
+ *    near a full release.
+ * A traced update (setTestLevel) prints "step1 retry:%d\n" (axis) before the
+ * second attempt, then the trace of its walk. The first attempt's own lines
+ * (the solver's, the root finder's) are printed as usual; a repaired axis
+ * prints no "step1 error" line.
+ *
+ * With recovery on, the plan of every update that planned is checked as
+ * vektaCheckPlan does; when the check fails the update returns false, as for
+ * a plan that was not found (sampling returns 0 until an update succeeds,
+ * vektaCheckPlan reports no plan), and prints "vekta: plan refused: %s\n"
+ * with the check's message. A conveyor update is checked in the conveyor's
+ * frame, after its "posUpd" lines and before the conveyor limit.
+ *
+ * Every update that plans without these repairs and passes the check
+ * returns the same plan, samples and lines in both modes.
+ */
+VEKTA_API void vektaSetRecovery(bool on);
+
 /* Kept for compatibility; does nothing. */
 VEKTA_API void vektaDebugInfo();
 

@@ -20,6 +20,8 @@ double getLeftMoveTime() { return vekta::leftMoveTime(defaultState()); }
 
 void setTestLevel(bool on) { defaultState().traceOn = on; }
 
+void vektaSetRecovery(bool on) { defaultState().recovery = on; }
+
 void vektaDebugInfo() {}
 
 bool vektaPostionModeParaUpd(int n, const double* tgtPos, const double* maxVel,

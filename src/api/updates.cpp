@@ -8,8 +8,10 @@
 
 #include <cstdio>
 
+#include "api/plan_check.h"
 #include "api/sampler.h"
 #include "planner/planning_pass.h"
+#include "vekta/vekta.h"
 
 namespace vekta {
 
@@ -17,6 +19,9 @@ namespace {
 
 // Below this the conveyor update is refused without a word.
 constexpr double kMinConveyorSpare = 0.002;
+
+// Room for the plan check's message (its longest lines take about 110 characters).
+constexpr int kRefusalMessageSize = 256;
 
 bool acceptAxisCount(PlannerState& st, int n) {
     st.newPlan = true;
@@ -44,6 +49,20 @@ void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, do
 
 int printablePoints(const AxisPlan& r) { return r.pointCount < kMaxPoints ? r.pointCount : kMaxPoints; }
 
+// Recovery mode: an update whose plan the plan check rejects fails like one
+// that found no plan, so that the controller holds its position rather than
+// follow a curve that breaks a limit or misses its end; the check's message
+// says why. Without recovery, and for a plan that failed anyway, the result
+// stays as it is.
+bool refuseUnchecked(PlannerState& st, bool ok) {
+    if (!ok || !st.recovery) return ok;
+    char why[kRefusalMessageSize];
+    if (checkPlan(st, why, kRefusalMessageSize) == VEKTA_CHECK_OK) return true;
+    std::printf("vekta: plan refused: %s\n", why);
+    st.planFailed = true;
+    return false;
+}
+
 }  // namespace
 
 bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double* maxVel,
@@ -65,7 +84,7 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
     std::printf("\n");
 
     st.planFailed = !ok;
-    return ok;
+    return refuseUnchecked(st, ok);
 }
 
 bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double* maxAcc,
@@ -83,7 +102,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
                 r0.curAcc, r0.inv);
 
     st.planFailed = !ok;
-    return ok;
+    return refuseUnchecked(st, ok);
 }
 
 bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyorLimit,
@@ -92,7 +111,8 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     if (spare < kMinConveyorSpare) return false;
 
     // In the conveyor's frame the robot starts at rest at 0 on every axis but
-    // axis 0, which moves backwards at the conveyor's speed.
+    // axis 0, which moves backwards at the conveyor's speed. In recovery mode
+    // the position update checks the plan there, before it is shifted.
     const double zeros[kMaxAxes] = {};
     double velocities[kMaxAxes] = {};
     velocities[0] = -conveyorVel;

@@ -59,6 +59,9 @@ void resetCurve(AxisPlan& r) {
     r.coefDirty = true;
 }
 
+bool retryStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+                        double tgtPos);
+
 // Phase 1 of a position-mode plan for one axis.
 bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis) {
     r.step1Profile = 0;
@@ -78,7 +81,7 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         r.inv = 1;
         r.step1Profile = partnerProfile(r.step1Profile);
     }
-    const bool ok = tb.step1Solver(r);
+    const bool ok = (st.step1Retry ? tb.step1RetrySolver : tb.step1Solver)(r);
     if (ok) {
         const double s = static_cast<double>(walkInv);
         r.tgtPos = tgtPos * s;
@@ -89,7 +92,31 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     }
     r.pointCount += 1;  // the solver's last point
     r.step1Ok = ok;
-    return curveFits(r, axis) && ok;
+    const bool fits = curveFits(r, axis);
+    if (fits && !ok && st.recovery && !st.step1Retry) {
+        return retryStep1Position(st, tb, r, axis, tgtPos * walkInv);
+    }
+    return fits && ok;
+}
+
+// Recovery mode, when the step-1 solver failed: the axis goes back to the
+// start state of the update (point 0 and the caller's target) and is walked
+// and solved once more with step1Retry set, which lets the repairs of the
+// tree and of the solvers act. Only failing axes get here, so every plan that
+// succeeds at once stays exactly as it is. A traced plan says so first.
+bool retryStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+                        double tgtPos) {
+    if (st.traceOn) std::printf("step1 retry:%d\n", axis);
+    r.curPos = r.secPos[0];
+    r.curVel = r.secVel[0];
+    r.curAcc = r.secAcc[0];
+    r.tgtPos = tgtPos;
+    r.inv = 1;
+    r.planTime = 0.0;
+    st.step1Retry = true;
+    const bool ok = planStep1Position(st, tb, r, axis);
+    st.step1Retry = false;
+    return ok;
 }
 
 // Phase 1 of a velocity-mode plan: the fastest change to tgtVel.
@@ -199,8 +226,8 @@ void reportVelocityEndTimes(const PlannerState& st, double maxT) {
 }  // namespace
 
 const PlannerTables& defaultTables() {
-    static const PlannerTables tables = {&Step1Tree, &Step2Tree, runStep1Solver, step2Solvers,
-                                         velModeSolvers};
+    static const PlannerTables tables = {&Step1Tree,          &Step2Tree,   runStep1Solver,
+                                         runStep1RetrySolver, step2Solvers, velModeSolvers};
     return tables;
 }
 

@@ -14,9 +14,10 @@ namespace vekta {
 struct PlannerTables {
     const DecisionTree* step1Tree;
     const DecisionTree* step2Tree;
-    bool (*step1Solver)(AxisPlan& rec);  // by rec.step1Profile
-    const Step2Solver* step2Solvers;     // 14, by step-2 profile / 2
-    const VelShapeFn* velModeSolvers;    // 4, by velProfile / 2
+    bool (*step1Solver)(AxisPlan& rec);       // by rec.step1Profile
+    bool (*step1RetrySolver)(AxisPlan& rec);  // the same on recovery's second attempt
+    const Step2Solver* step2Solvers;          // 14, by step-2 profile / 2
+    const VelShapeFn* velModeSolvers;         // 4, by velProfile / 2
 };
 
 // The library's own trees and solvers.

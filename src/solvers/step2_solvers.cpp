@@ -113,7 +113,8 @@ void triTail(ShapeWalk& w, double dir, const TriPeak& tp, double J, double T, do
 }
 
 // Write the walked points after the existing curve when asked to, and return
-// the end-position error.
+// the end-position error. Every value is stored times inv, a zero
+// acceleration too (a mirrored one is stored as -0, like any other value).
 double finishShape(AxisPlan& rec, const ShapeWalk& w) {
     if (rec.writeSections == 1) {
         const int k = rec.pointCount;
@@ -121,7 +122,6 @@ double finishShape(AxisPlan& rec, const ShapeWalk& w) {
         const double s = static_cast<double>(rec.inv);
         for (int i = 0; i < w.n; ++i) {
             storePoint(rec, k + i, t0 + w.time[i], w.acc[i], w.vel[i], w.pos[i], s);
-            if (w.acc[i] == 0.0) storeZeroAcc(rec, k + i);  // a zero level stays a plain zero
         }
         rec.writeSections = 0;
         rec.pointCount = k + w.n;

@@ -99,6 +99,12 @@ struct PlannerState {
     double lastFirstPos;  // first position of the previous single-axis sample call
 
     std::int8_t planMode;  // PlanMode of the last update that planned
+
+    // Recovery mode (vektaSetRecovery), off at load. While it is on, a failed
+    // step-1 solve is tried once more with the repairs, and an update whose
+    // plan the plan check rejects is refused.
+    bool recovery;
+    bool step1Retry;  // set while that second attempt walks and solves
 };
 
 // Count one more event in a statistics counter. The counters grow across

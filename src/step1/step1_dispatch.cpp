@@ -46,4 +46,11 @@ bool runStep1Solver(AxisPlan& rec) {
     return row != nullptr && row->solve(rec, row->variant);
 }
 
+bool runStep1RetrySolver(AxisPlan& rec) {
+    if (rec.step1Profile == kStep1PLNt || rec.step1Profile == kStep1PLNt + 1) {
+        return solveStep1PLNtWhole(rec);
+    }
+    return runStep1Solver(rec);
+}
+
 }  // namespace vekta

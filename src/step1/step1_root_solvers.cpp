@@ -427,7 +427,26 @@ bool solveStep1PtNt(AxisPlan& rec, bool variant) {
     return true;
 }
 
-bool solveStep1PLNt(AxisPlan& rec) {
+namespace {
+
+// How solvePLNt brackets the peak.
+enum class PLNtBracket { Table, Whole };
+
+// The PLNt solve. The peak x of a valid shape lies in
+//     [max(a, -sqrt(A^2 - d)), 0]:
+// x >= a because the first section ramps a up to x at +J and cannot last a
+// negative time; x >= -sqrt(A^2 - d) because the closing triangle peaks at
+// q = sqrt(x^2 + d), which must not pass A; and x <= 0, the acceleration
+// being still negative where the first section ends. The table bracket takes
+// the second bound when it is the larger one, but puts the lower end at
+// -1e-50 (the guard) otherwise, where the first bound binds: then every peak
+// below zero is left out. That is the case of every state node 33 sends here
+// (its triangle from a stays below A, so a > -sqrt(A^2 - d)), and their peak
+// lies between a and 0: node 29 found the target short of the triangle that
+// starts from a (x = a), node 33 beyond the release-then-triangle chain
+// (x = 0), so the residual changes sign inside. Whole searches the whole
+// range.
+bool solvePLNt(AxisPlan& rec, PLNtBracket bracket) {
     const bool mirrored = rec.curAcc > 0.0;
     if (mirrored) negateState(rec);
     const double sign = mirrored ? -1.0 : 1.0;
@@ -442,7 +461,8 @@ bool solveStep1PLNt(AxisPlan& rec) {
     }
     // Lowering x deepens the closing triangle (q^2 = x^2 + d); it reaches A at
     // x = -sqrt(A^2 - d).
-    const double lo = A * A < (v - vt) * J + a * a / 2.0
+    const double lo = bracket == PLNtBracket::Whole ? std::fmax(a, -guardedRoot(A * A - d))
+                      : A * A < (v - vt) * J + a * a / 2.0
                           ? -guardedRoot(A * A + a * a / 2.0 - (v - vt) * J)
                           : -kRootGuard;
     double x = 0.0;
@@ -465,6 +485,12 @@ bool solveStep1PLNt(AxisPlan& rec) {
     rec.pointCount = k + 2;
     return true;
 }
+
+}  // namespace
+
+bool solveStep1PLNt(AxisPlan& rec) { return solvePLNt(rec, PLNtBracket::Table); }
+
+bool solveStep1PLNtWhole(AxisPlan& rec) { return solvePLNt(rec, PLNtBracket::Whole); }
 
 bool solveStep1PLNT(AxisPlan& rec) {
     const bool mirrored = rec.curAcc > 0.0;

@@ -48,6 +48,12 @@ bool solveStep1PtNt(AxisPlan& rec, bool variant);   // ids 16, 17
 bool solveStep1PLNt(AxisPlan& rec);  // ids 18, 19
 bool solveStep1PLNT(AxisPlan& rec);  // ids 20, 21
 
+// PLNt with its peak searched over the whole range a valid shape allows,
+// [max(a, -sqrt(A^2 - d)), 0], where the table bracket of solveStep1PLNt
+// keeps only [-1e-50, 0] whenever the first bound is the larger one (every
+// state of node 33). Recovery mode's second attempt uses it.
+bool solveStep1PLNtWhole(AxisPlan& rec);  // ids 18, 19
+
 // One row of the dispatch by step1Profile.
 struct Step1Dispatch {
     Step1SolverFn solve;  // nullptr: no solver (ids 0 and 1)
@@ -59,6 +65,10 @@ const Step1Dispatch* step1DispatchFor(int id);
 
 // Run the solver of rec.step1Profile; false when it has none or it fails.
 bool runStep1Solver(AxisPlan& rec);
+
+// The same for recovery mode's second attempt: ids 18 and 19 with the whole
+// bracket (solveStep1PLNtWhole), every other id as runStep1Solver.
+bool runStep1RetrySolver(AxisPlan& rec);
 
 }  // namespace vekta
 

@@ -122,6 +122,30 @@ void negTrap(Reach& r, double w) {
 
 bool node0(PlannerState&, AxisPlan&) { return true; }
 
+// Whether node 5's triangle pulse would peak below the present acceleration:
+// when releasing a alone already lifts the velocity past -V
+// (v + a^2/(2J) > -V), the peak ap = root(a^2/2 + (-V - v) J) that
+// velTriPulse computes lies below a, and the pulse's first ramp, a -> ap at
+// +J, would last a negative time.
+bool pulseRunsBackwards(const AxisPlan& r) {
+    const double V = r.maxVel, A = r.maxAcc, J = r.maxJerk;
+    const double v = r.curVel, a = r.curAcc;
+    const bool triangle = (A * A - a * a / 2.0) / J + v > -V;
+    return triangle && guardedRoot(a * a / 2.0 + (-V - v) * J) < a;
+}
+
+// Node 5: the over-speed pulse. In recovery mode, where that pulse would run
+// backwards in time, the axis only releases its acceleration: the release
+// ends inside the limit (and not above +V, which node 3 has seen to), with
+// zero acceleration, from where the tree plans as from any such state.
+bool node5(PlannerState& st, AxisPlan& r) {
+    if (st.recovery && pulseRunsBackwards(r)) {
+        appendAccToZero(r);
+        return true;
+    }
+    return overspeedPulse(st, r);
+}
+
 // Velocity after a full pulse a -> A -> 0: v + (2A^2 - a^2)/(2J).
 double fullPulseVel(const AxisPlan& r) {
     return r.curVel + (2.0 * r.maxAcc * r.maxAcc - r.curAcc * r.curAcc) / (2.0 * r.maxJerk);
@@ -277,6 +301,15 @@ bool node25(PlannerState&, AxisPlan& r) {
     r.step1Profile = mirrored(kStep1PtNt);
     return false;
 }
+
+// Node 44: the test of node 25 (17 when false), here after node 35 released
+// the acceleration and node 43. The chain's first pulse takes the velocity
+// from v down to vt - A^2/J; where that is more than A^2/J no triangle below
+// A does it, the shape must start with a negative trapezoid and the id-17
+// solver finds nothing. On recovery's second attempt, which only follows a
+// failed solve, the walk goes on to node 45 as if the test held: nodes 45,
+// 46, 47 and 20 choose among the shapes that start with that trapezoid.
+bool node44(PlannerState& st, AxisPlan& r) { return node25(st, r) || st.step1Retry; }
 
 // Node 26 (also 45): A^2/J - V >= vt.
 bool node26(PlannerState&, AxisPlan& r) { return peakAPulseVel(r) - r.maxVel >= r.tgtVel; }
@@ -459,7 +492,7 @@ const NodeFn kStep1Nodes[kStep1TreeNodeCount] = {
     prologueNode2,   // 2
     prologueNode3,   // 3
     prologueNode4,   // 4
-    overspeedPulse,  // 5
+    node5,           // 5
     prologueNode6,   // 6
     prologueNode7,   // 7
     prologueNode8,   // 8
@@ -498,7 +531,7 @@ const NodeFn kStep1Nodes[kStep1TreeNodeCount] = {
     node38,          // 41 the test of node 38
     node42,          // 42
     node18,          // 43 the test of node 18
-    node25,          // 44 the test of node 25
+    node44,          // 44 the test of node 25
     node26,          // 45 the test of node 26
     node46,          // 46
     node47,          // 47

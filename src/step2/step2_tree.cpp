@@ -379,7 +379,8 @@ bool node24(PlannerState& st, AxisPlan& rec) {
 bool node89(PlannerState& st, AxisPlan& rec);
 
 // Full positive pulse, cruise at vS, positive Tri pulse up to vT. When it
-// does not reach the target, node 89 decides; a failure of both is reported.
+// does not reach the target, node 89 decides; a failure of both is reported
+// ("D26-89", without a line feed, like the other unterminated guard lines).
 bool node26(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
     if (k.pT >= posTrapCruisePosTriEnd(k)) {
@@ -387,7 +388,7 @@ bool node26(PlannerState& st, AxisPlan& rec) {
         return true;
     }
     if (!node89(st, rec)) {
-        std::puts("D26-89");
+        std::printf("D26-89");
         return true;
     }
     return false;
