@@ -49,6 +49,8 @@ row 0 'plan check: passed' '' plan "$data/one_axis.json" --csv one.csv --plot on
 row 0 'velocity update, 1 axis' '' plan --mode velocity --axis 0.1,1.5,2,0,2,5 --plot stop.pdf
 row 0 'position update, 6 axes' '' plan saved.json
 row 0 'plan check: passed' "$good" plan -
+row 0 'plan check: passed' '' plan --recovery --axis 0,0.3,0,0,1,4
+row 0 'conveyor                   default' '' verify --recovery --count 20 --seed 2
 row 0 'sweep: seed 2, 20 motions' '' verify --count 20 --seed 2
 row 0 'periods; ok' '' verify --seed 3 --case 2
 row 0 'plan, 6 axes' '' bench --count 5 --repeat 1
@@ -60,6 +62,7 @@ row 1 'refused the motion: vekta: failed to catch up with conveyor-1.500000+1.08
   '' "${conveyor[@]}" 0.5,1.6,1
 row 1 'the conveyor update refuses a spare below 0.002' '' "${conveyor[@]}" 0.5,1.6,0.001
 row 1 'the plan check refused the plan (code 6): axis 0: time goes back' '' plan "${beyond[@]}"
+row 1 'step1 error:0; plan check (code 1)' '' plan --axis 0,0.3,0,0,1,4
 row 1 'refused the motion: step1 error:4; plan check (code 1): no plan' '' verify --seed 3 --case 193
 row 1 'vekta verify: 1 of 20 motions failed (jerk-limit 1); replay one with vekta verify --seed 3 --case 19' '' \
   verify --count 20 --seed 3

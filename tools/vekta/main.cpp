@@ -230,9 +230,44 @@ Motion fromSweep(const sweep::Motion& s) {
 
 struct VerifyOptions {
     std::string count = "100000", seed = "1", only;
-    bool noProgress = false, strict = false;
+    bool noProgress = false, strict = false, recovery = false;
     OutputOptions out;
 };
+
+// --recovery: both modes side by side, per class of motion. A conveyor
+// catch-up is drawn beside every motion from its targets and limits.
+enum { kRest, kMoving, kBeyond, kStop, kConveyor, kClasses };
+const char* const kClassName[kClasses] = {"rest", "moving inside the limits", "beyond a limit", "velocity stop",
+                                          "conveyor"};
+
+struct ModeTally {
+    long motions = 0, planned = 0, refused = 0, passing = 0, invalidSuccess = 0;
+    void add(bool ok) {
+        const int code = vektaCheckPlan(nullptr, 0);
+        motions += 1;
+        planned += ok;
+        refused += !ok;
+        passing += ok && code == VEKTA_CHECK_OK;
+        invalidSuccess += ok && code != VEKTA_CHECK_OK;
+    }
+};
+
+bool conveyorCatchUp(const sweep::Motion& m) {
+    return vektaPostionModeParaUpdConveyor(m.axes, 0.1 * m.maxVel[0], 50.0, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio,
+                                           0.01);
+}
+
+void printModes(std::FILE* out, const ModeTally (&t)[kClasses][2]) {
+    std::fprintf(out, "\n%-26s %-9s %9s %9s %9s %11s %16s\n", "class", "mode", "motions", "planned", "refused",
+                 "pass check", "invalid+success");
+    for (int c = 0; c < kClasses; ++c) {
+        for (int r = 0; r < 2; ++r) {
+            const ModeTally& x = t[c][r];
+            std::fprintf(out, "%-26s %-9s %9ld %9ld %9ld %11ld %16ld\n", r == 0 ? kClassName[c] : "",
+                         r ? "recovery" : "default", x.motions, x.planned, x.refused, x.passing, x.invalidSuccess);
+        }
+    }
+}
 
 int replayCase(const VerifyOptions& v, std::uint64_t seed, std::uint64_t index) {
     const std::string command = "vekta verify";
@@ -275,17 +310,35 @@ int verify(const VerifyOptions& v) {
     s.seed = seed;
     ProgressBar bar(count, !v.noProgress && isatty(STDERR_FILENO) != 0);
     long failing = 0;
+    ModeTally modes[kClasses][2];
     {
         sweep::QuietStdout quiet;
         for (std::uint64_t i = 0; i < count; ++i) {
             const sweep::Motion m = sweep::drawMotion(seed, i);
+            if (v.recovery) {  // the default mode first, for the side-by-side table
+                const int c = m.mode == sweep::Mode::Velocity ? kStop : static_cast<int>(m.start);
+                vektaSetRecovery(false);
+                modes[c][0].add(!sweep::runMotion(m).failed[sweep::kRejected]);
+                modes[kConveyor][0].add(conveyorCatchUp(m));
+                vektaSetRecovery(true);
+                modes[kConveyor][1].add(conveyorCatchUp(m));
+            }
             const sweep::Outcome o = sweep::runMotion(m);
+            if (v.recovery) {
+                const int c = m.mode == sweep::Mode::Velocity ? kStop : static_cast<int>(m.start);
+                modes[c][1].motions += 1;
+                modes[c][1].planned += !o.failed[sweep::kRejected];
+                modes[c][1].refused += o.failed[sweep::kRejected];
+                modes[c][1].passing += !o.failed[sweep::kRejected] && o.checkCode == VEKTA_CHECK_OK;
+                modes[c][1].invalidSuccess += !o.failed[sweep::kRejected] && o.checkCode != VEKTA_CHECK_OK;
+            }
             failing += o.any();
             s.add(i, m, o);
             bar.update(i + 1, failing);
         }
         bar.finish();
-        sweep::printSummary(quiet.out(), s, "vekta verify");
+        sweep::printSummary(quiet.out(), s, v.recovery ? "vekta verify --recovery" : "vekta verify");
+        if (v.recovery) printModes(quiet.out(), modes);
     }
     if (failing == 0) return kPlanned;
     std::string kinds;
@@ -424,6 +477,9 @@ int main(int argc, char** argv) {
         ->needs(axisOpt);
     plan->add_option("--conveyor", conveyor, "conveyor mode: velocity,limit,spare (with --axis)")->needs(axisOpt);
     addOutputOptions(plan, planOut, false);
+    bool planRecovery = false;
+    plan->add_flag("--recovery", planRecovery,
+                   "recovery mode: repair the shapes the planner misses, refuse a plan the check rejects");
 
     VerifyOptions verifyOpts;
     CLI::App* verifyCmd = app.add_subcommand("verify", "the randomized end-to-end sweep");
@@ -432,6 +488,8 @@ int main(int argc, char** argv) {
     CLI::Option* caseOpt =
         verifyCmd->add_option("--case", verifyOpts.only, "replay this one motion with the library's output");
     verifyCmd->add_flag("--no-progress", verifyOpts.noProgress, "no progress bar on stderr");
+    verifyCmd->add_flag("--recovery", verifyOpts.recovery,
+                        "plan in recovery mode, and compare both modes per class of motion");
     // A failing motion always gives status 1 now; the flag stays for old scripts.
     verifyCmd->add_flag("--strict", verifyOpts.strict)->group("");
     verifyCmd->add_flag("--trace", verifyOpts.out.trace, "with --case: the library's trace prints")->needs(caseOpt);
@@ -467,6 +525,7 @@ int main(int argc, char** argv) {
     std::string command = "vekta";
     for (const CLI::App* sub : app.get_subcommands()) command += " " + sub->get_name();
     try {
+        vektaSetRecovery(planRecovery || verifyOpts.recovery);
         if (demoCmd->parsed()) return demo(demoOut);
         if (plan->parsed()) {
             checkOutputs(planOut);
