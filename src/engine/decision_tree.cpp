@@ -3,7 +3,7 @@
 // All three follow the same rule (call node n, go to successors[2n] on true
 // and successors[2n + 1] on false, stop at 0); they differ in where they
 // start, where they stop early, what they print and what they count.
-#include "planner/decision_tree.h"
+#include "engine/decision_tree.h"
 
 #include <cstdio>
 
