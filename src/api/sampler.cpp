@@ -70,7 +70,7 @@ void trackNoStop(PlannerState& st, int finished) {
         if (finished) {
             st.noStopPending = false;
         } else {
-            if (lastPeriod) std::puts("no-stop");
+            if (lastPeriod) printTo(&st.output, "no-stop\n");
             st.noStopPending = lastPeriod;
         }
     } else if (!finished) {

@@ -50,7 +50,7 @@ void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
         const bool result = tree.nodes[n](st, rec);
         if (st.traceOn) printTo(&st.output, "%d-%d \t", n, result ? 1 : 0);
         n = successor(tree, n, result);
-        if (n == kBranchedNode) std::puts("D71 branched");
+        if (n == kBranchedNode) printTo(&st.output, "D71 branched\n");
     }
     if (st.traceOn) printTo(&st.output, "\n");
 }

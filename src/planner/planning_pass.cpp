@@ -259,7 +259,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
     if (st.axisCount == kMaxAxes) {
         if (st.traceOn) {
             printTo(&st.output, "step1:ts %f idx %d\n", maxT, st.slowestAxis);
-            std::puts("--------------------");
+            printTo(&st.output, "--------------------\n");
         }
         for (int i = 0; i < kMaxAxes; ++i) {
             if (i == st.slowestAxis) continue;

@@ -182,7 +182,7 @@ bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi,
                    const char* errorLine) {
     double x = 0.0;
     if (!abkSolve(rec, residual, &x, lo, hi)) {
-        std::puts(errorLine);
+        printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
     rec.writeSections = 1;
