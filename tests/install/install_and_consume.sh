@@ -55,4 +55,10 @@ quietly "$cxx" -std=c++17 -Wall -Wextra -Werror $extra "$examples/point_to_point
   $(pkg-config --cflags --libs vekta) -Wl,-rpath,"$libdir"
 quietly "$work/pc"
 
+# 3. The Python module, when it was built: importable from the installed package directory.
+module=$(find "$prefix" -name 'vekta.cpython-*.so' | head -1)
+if [ -n "$module" ]; then
+  PYTHONPATH=$(dirname "$module") quietly /usr/bin/python3 -c "import vekta; vekta.Planner()"
+fi
+
 echo "install and consume passed: 6 examples (5 C++, 1 C) with find_package(vekta), one with pkg-config"
