@@ -33,16 +33,13 @@ std::uint64_t drive(VektaPlanner* p, std::uint64_t seed, long count) {
         const int ok = m.mode == Mode::Position
                            ? vektaPlannerPositionUpdate(p, m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc)
                            : vektaPlannerVelocityUpdate(p, m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc);
-        const double left = vektaPlannerLeftTime(p);
-        mix(h, &ok, sizeof ok);
-        mix(h, &left, sizeof left);
-        for (int period = 0, done = 0; ok && done < m.axes && period < 40000; ++period) {
+        double s[3] = {static_cast<double>(ok), vektaPlannerLeftTime(p)};
+        mix(h, s, sizeof s);
+        for (int period = 0, done = 0, n = 0; ok && done < m.axes && period < 40000; ++period) {
             done = 0;
             for (int axis = 0; axis < m.axes; ++axis) {
-                double s[3];
-                int n = 0;
                 done += vektaPlannerSample(p, axis, 1, &s[0], &s[1], &s[2], &n);
-                mix(h, s, n * sizeof(double) * 3);
+                mix(h, s, n * sizeof s);
             }
         }
     }
@@ -63,8 +60,7 @@ TEST(Instances, TwoPlannersOnTwoThreadsGiveWhatEachGivesAlone) {
     VektaPlanner* heap = vektaPlannerCreate();
     std::unique_ptr<std::max_align_t[]> mem(new std::max_align_t[vektaPlannerSize() / sizeof(std::max_align_t) + 1]);
     VektaPlanner* placed = vektaPlannerInit(mem.get());
-    ASSERT_NE(heap, nullptr);
-    ASSERT_NE(placed, nullptr);
+    ASSERT_TRUE(heap != nullptr && placed != nullptr);
     std::uint64_t got1 = 0, got2 = 0;
     std::thread t1([&] { got1 = drive(heap, 1, count); });
     std::thread t2([&] { got2 = drive(placed, 2, count); });
