@@ -79,10 +79,12 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
     st.planMode = kPositionPlan;
 
     const AxisPlan& r0 = st.records[0];
-    printTo(&st.output, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
-                r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
-    for (int i = 0; i < printablePoints(r0); ++i) printTo(&st.output, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
-    printTo(&st.output, "\n");
+    if (outputOn(&st.output)) {  // off: not even the loop over the points
+        printTo(&st.output, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos,
+                r0.curPos, r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
+        for (int i = 0; i < printablePoints(r0); ++i) printTo(&st.output, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
+        printTo(&st.output, "\n");
+    }
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);

@@ -272,7 +272,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
     }
 
     // Phase 3.
-    if (!positionMode) reportVelocityEndTimes(st, maxT);
+    if (!positionMode && outputOn(&st.output)) reportVelocityEndTimes(st, maxT);
     return true;
 }
 
