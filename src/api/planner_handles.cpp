@@ -69,7 +69,9 @@ void vektaPlannerSetTrace(VektaPlanner* planner, int on) { planner->state.traceO
 
 void vektaPlannerSetRecovery(VektaPlanner* planner, int on) { planner->state.recovery = on != 0; }
 
-void vektaPlannerOutputToStdout(VektaPlanner* planner) { outputOf(planner) = {vekta::kOutputStdout, nullptr, nullptr, nullptr}; }
+void vektaPlannerOutputToStdout(VektaPlanner* planner) {
+    outputOf(planner) = {vekta::kOutputStdout, nullptr, nullptr, nullptr};
+}
 
 void vektaPlannerOutputToFile(VektaPlanner* planner, FILE* file) {
     outputOf(planner) = {file ? vekta::kOutputFile : vekta::kOutputOff, file, nullptr, nullptr};
@@ -79,4 +81,6 @@ void vektaPlannerOutputToCallback(VektaPlanner* planner, VektaOutputFn fn, void*
     outputOf(planner) = {fn ? vekta::kOutputCallback : vekta::kOutputOff, nullptr, fn, user};
 }
 
-void vektaPlannerOutputOff(VektaPlanner* planner) { outputOf(planner) = {vekta::kOutputOff, nullptr, nullptr, nullptr}; }
+void vektaPlannerOutputOff(VektaPlanner* planner) {
+    outputOf(planner) = {vekta::kOutputOff, nullptr, nullptr, nullptr};
+}

@@ -39,7 +39,7 @@ void validateSectionTimes(const PlannerState& st) {
         for (int i = 1; i < r.pointCount && i < kMaxPoints; ++i) {
             if (r.secTime[i - 1] - kTimeBackTolerance > r.secTime[i]) {
                 printTo(&st.output, "wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
-                            r.secTime[i]);
+                        r.secTime[i]);
             }
         }
     }
@@ -52,7 +52,7 @@ void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished
                      const double* pos, const double* vel, const double* acc) {
     if (std::fabs(st.lastFirstPos) > std::fabs(pos[0]) || pos[0] < 0.0) {
         printTo(&st.output, "s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
-                    st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
+                st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
         printTo(&st.output, "acc curve:(a, t)=");
         for (int i = 0; i < r.pointCount && i < kMaxPoints; ++i) {
             printTo(&st.output, "(%f,%f)", r.secAcc[i], r.secTime[i]);
@@ -150,7 +150,7 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
     const int finished = periodTime(r.sampleCount) >= r.secTime[last] ? 1 : 0;
     if (count > 0 && finished) {
         printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
-                    r.secTime[last]);
+                r.secTime[last]);
     }
     if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
         reportOvershoot(st, r, axis, finished, pos, vel, acc);

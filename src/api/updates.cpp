@@ -102,7 +102,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
 
     const AxisPlan& r0 = st.records[0];
     printTo(&st.output, "velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
-                r0.curAcc, r0.inv);
+            r0.curAcc, r0.inv);
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);
@@ -128,7 +128,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     if (tgtPos[0] + travel >= conveyorLimit) {
         st.planMode = kConveyorRefusedPlan;
         printTo(&st.output, "vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
-                    conveyorLimit);
+                conveyorLimit);
         return false;
     }
 
