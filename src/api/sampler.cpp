@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 
 namespace vekta {
 
@@ -38,8 +39,8 @@ void validateSectionTimes(const PlannerState& st) {
         const AxisPlan& r = st.records[b];
         for (int i = 1; i < r.pointCount && i < kMaxPoints; ++i) {
             if (r.secTime[i - 1] - kTimeBackTolerance > r.secTime[i]) {
-                std::printf("wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
-                            r.secTime[i]);
+                printText("wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
+                          r.secTime[i]);
             }
         }
     }
@@ -51,13 +52,16 @@ void validateSectionTimes(const PlannerState& st) {
 void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished,
                      const double* pos, const double* vel, const double* acc) {
     if (std::fabs(st.lastFirstPos) > std::fabs(pos[0]) || pos[0] < 0.0) {
-        std::printf("s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
-                    st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
-        std::printf("acc curve:(a, t)=");
+        TextOutput out;
+        beginText(out);
+        appendText(out, "s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
+                   st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
+        appendText(out, "acc curve:(a, t)=");
         for (int i = 0; i < r.pointCount && i < kMaxPoints; ++i) {
-            std::printf("(%f,%f)", r.secAcc[i], r.secTime[i]);
+            appendText(out, "(%f,%f)", r.secAcc[i], r.secTime[i]);
         }
-        std::printf("\n");
+        appendText(out, "\n");
+        writeText(out);
     }
     st.lastFirstPos = pos[0];
 }
@@ -149,8 +153,8 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
 
     const int finished = periodTime(r.sampleCount) >= r.secTime[last] ? 1 : 0;
     if (count > 0 && finished) {
-        std::printf("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
-                    r.secTime[last]);
+        printText("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+                  r.secTime[last]);
     }
     if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
         reportOvershoot(st, r, axis, finished, pos, vel, acc);

@@ -16,6 +16,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "state/text_output.h"
+
 namespace vekta {
 
 namespace {
@@ -52,7 +54,7 @@ Bracket initialBracket(AxisPlan& rec, Step2Residual r, double lo, double hi) {
 bool abkSolve(AxisPlan& rec, Step2Residual residual, double* out, double lo, double hi) {
     rec.writeSections = 0;
     if (lo > hi) {
-        std::printf("abk:error input %f %f\n", lo, hi);
+        printText("abk:error input %f %f\n", lo, hi);
         return false;
     }
 
@@ -112,12 +114,12 @@ bool abkSolve(AxisPlan& rec, Step2Residual residual, double* out, double lo, dou
             const double keptResidual = keepA ? br.fa : br.fb;
             *out = kept;
             if (keptResidual < kAcceptLimit) return true;
-            std::printf("ABK fail with error: %f", keptResidual);
+            printText("ABK fail with error: %f", keptResidual);
             return false;
         }
     }
 
-    std::printf("abk timeout %f %f\n", br.a, br.b);
+    printText("abk timeout %f %f\n", br.a, br.b);
     *out = (lo + hi) * 0.5;
     return false;
 }

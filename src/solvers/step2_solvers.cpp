@@ -26,6 +26,7 @@
 #include <cstdio>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 
 namespace vekta {
 
@@ -507,7 +508,7 @@ bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
     // exceeds T no cruise of non-negative length is left.
     if (a0 * a0 - 2.0 * a0 * A + 4.0 * A * A - 2.0 * J * A * T - 2.0 * J * v0 + 2.0 * J * vt >
         0.0) {
-        std::printf("step2_PTZPT t45 < 0");
+        printText("step2_PTZPT t45 < 0");
         return false;
     }
     const double lo = std::max(-V, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
@@ -533,7 +534,7 @@ bool solveStep2NegLinHldPosTrap(PlannerState& st, AxisPlan& rec) {
     // The hold at x is non-negative exactly when (A - x)^2 <= D.
     const double D = a0 * a0 / 2.0 - a0 * A - J * (vt - v0 - T * A);
     if (D < 0.0) {
-        std::printf("NLHPT t23=%f < 0 always\n", D);
+        printText("NLHPT t23=%f < 0 always\n", D);
         return false;
     }
     const double lo = std::max(0.0, A - guardedRoot(D));
@@ -547,7 +548,7 @@ bool solveStep2NegLinHldPosTri(PlannerState& st, AxisPlan& rec) {
     // Not even the ramp down from a0 fits into T.
     const double u = T * J - a0;
     if (u < 0.0) {
-        std::printf("NLHPt t23 error");
+        printText("NLHPt t23 error");
         return false;
     }
     // The hold is non-negative while the rise above x is at most u / 2.

@@ -17,6 +17,7 @@
 #include <cstdio>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 #include "step1/step1_solvers.h"
 
 namespace vekta {
@@ -178,7 +179,7 @@ bool solveStep1PtZNt(AxisPlan& rec, bool variant) {
     const double an = -guardedRoot(st.J * (v2 - st.vt));
     const double limit = st.A * kPeakSlack;
     if (ap > limit || -limit > an) {
-        std::printf("S1 PtZNt error: a1(-a2)=%e(%e) > Am=%e\n", ap, -an, st.A);
+        printText("S1 PtZNt error: a1(-a2)=%e(%e) > Am=%e\n", ap, -an, st.A);
         return false;
     }
     fallTriangle(s, s.t[r], s.pos[r], v2, an, st.J);
@@ -201,7 +202,7 @@ bool solveStep1PtZNT(AxisPlan& rec, bool variant) {
     PulsePair s{};
     const double ap = riseTriangle(s, st);
     if (ap > st.A * kPeakSlack) {
-        std::printf("PtZNT error: a1(=%e)>Am(=%e)", ap, st.A);
+        printText("PtZNT error: a1(=%e)>Am(=%e)", ap, st.A);
         return false;
     }
     const int r = s.riseCount - 1;

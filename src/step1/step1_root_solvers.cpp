@@ -37,6 +37,7 @@
 
 #include "solvers/abk.h"
 #include "state/numerics.h"
+#include "state/text_output.h"
 #include "step1/step1_solvers.h"
 
 namespace vekta {
@@ -343,7 +344,7 @@ bool solveStep1PtNT(AxisPlan& rec, bool variant) {
         lo = a > 0.0 ? a : 0.0;
     }
     if (lo > A * kPeakSlack) {
-        std::printf("S1 PtNT error: (amin=%e) >= (Am=%e)", lo, A);
+        printText("S1 PtNT error: (amin=%e) >= (Am=%e)", lo, A);
         return false;
     }
     // A triangle peaking at A would pass the velocity limit: cap the peak there.
@@ -437,7 +438,7 @@ bool solveStep1PLNt(AxisPlan& rec) {
     // Velocity still to lose once the acceleration is back at zero, times J.
     const double d = (v - vt) * J - a * a / 2.0;
     if (!(d >= 0.0)) {
-        std::printf("S1 PLNt error: %e >= 0", d);
+        printText("S1 PLNt error: %e >= 0", d);
         return false;
     }
     // Lowering x deepens the closing triangle (q^2 = x^2 + d); it reaches A at

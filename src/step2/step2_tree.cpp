@@ -26,6 +26,7 @@
 #include <initializer_list>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 #include "step2/prologue_nodes.h"
 
 namespace vekta {
@@ -611,7 +612,7 @@ bool node46(PlannerState& st, AxisPlan& rec) {
     const double c = k.a0 * k.a0 / 2.0 + k.A * k.A - d;
     const double x = b * b - 4.0 * c;
     if (x < 0.0) {
-        std::printf("D46-complex %f\n", x);
+        printText("D46-complex %f\n", x);
         const double half = (w - k.a0) / 2.0;
         const double ap = ((d - k.a0 * k.a0 / 2.0) / half - half) / 2.0;
         setProfile(rec, NegLinHldPosTri);
