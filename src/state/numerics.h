@@ -70,12 +70,15 @@ constexpr double kSafeUlps = 0.45;
 constexpr double kMinExact = 0x1p-320;
 constexpr double kMaxExact = 0x1p340;
 
+// The rare case, kept out of line so that cube() stays small enough to inline.
+[[gnu::noinline, gnu::cold]] inline double powCube(double x) { return std::pow(x, 3.0); }
+
 }  // namespace cube_detail
 
 inline double cube(double x) {
     using namespace cube_detail;
     const double ax = std::fabs(x);
-    if (!(ax >= kMinExact && ax <= kMaxExact)) return std::pow(x, 3.0);
+    if (!(ax >= kMinExact && ax <= kMaxExact)) return powCube(x);
     double xHi, xLo, h1, l1, h2, l2;
     split(x, xHi, xLo);
     twoProduct(x, xHi, xLo, x, h1, l1);
@@ -91,7 +94,18 @@ inline double cube(double x) {
     double unit;
     std::memcpy(&unit, &unitBits, sizeof unit);
     if ((bits & kFraction) != 0 && std::fabs(offset) <= kSafeUlps * unit) return r;
-    return std::pow(x, 3.0);
+    return powCube(x);
+}
+
+// j * cube(d) / 6.0: the jerk's share of the displacement over a section of
+// duration d. A hold or a cruise (j = 0) gives zero with the sign of j * d
+// without the cube and the division: cube(d) has the sign of d and is finite
+// below 2^340, and a signed zero divided by 6 stays what it is. Beyond that,
+// or for a NaN d, the expression is taken as written (0 times an infinite
+// cube is NaN).
+inline double jerkShare(double j, double d) {
+    if (j == 0.0 && std::fabs(d) <= cube_detail::kMaxExact) return j * d;
+    return j * cube(d) / 6.0;
 }
 
 }  // namespace vekta

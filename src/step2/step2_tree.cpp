@@ -121,7 +121,7 @@ struct Section {
 Motion run(Motion m, std::initializer_list<Section> sections) {
     for (const Section& s : sections) {
         const double d = s.dur, j = s.jerk;
-        m.p += m.v * d + m.a * d * d / 2.0 + j * cube(d) / 6.0;
+        m.p += m.v * d + m.a * d * d / 2.0 + jerkShare(j, d);
         m.v += m.a * d + j * d * d / 2.0;
         m.a += j * d;
     }
