@@ -39,7 +39,7 @@ constexpr double kRootGuardSquare = 1e-100;
 constexpr int kMaxShapePoints = 7;
 
 // The state along a shape (time t from the shape's start) and the point at the
-// end of every section walked so far.
+// end of every section walked so far (entries from n on are not set).
 struct ShapeWalk {
     double t, a, v, p;
     int n;
@@ -50,7 +50,9 @@ struct ShapeWalk {
 };
 
 ShapeWalk startWalk(const AxisPlan& rec) {
-    ShapeWalk w{};
+    ShapeWalk w;
+    w.t = 0.0;
+    w.n = 0;
     w.a = rec.curAcc;
     w.v = rec.curVel;
     w.p = rec.curPos;
@@ -66,24 +68,31 @@ void markPoint(ShapeWalk& w) {
 }
 
 // A section of duration d at jerk j. Its end acceleration aEnd (= a + j d) is
-// passed exactly, so that levels such as A or zero are stored exactly.
-void section(ShapeWalk& w, double d, double j, double aEnd) {
-    w.p += w.v * d + w.a * d * d / 2.0 + j * cube(d) / 6.0;
+// passed exactly, so that levels such as A or zero are stored exactly. share
+// is jerkShare(j, d), worked out by the caller when it serves more than once.
+void section(ShapeWalk& w, double d, double j, double share, double aEnd) {
+    w.p += w.v * d + w.a * d * d / 2.0 + share;
     w.v += w.a * d + j * d * d / 2.0;
     w.a = aEnd;
     w.t += d;
     markPoint(w);
 }
 
+void section(ShapeWalk& w, double d, double j, double aEnd) { section(w, d, j, jerkShare(j, d), aEnd); }
+
 // The closing ramp: duration d at jerk j down to zero acceleration, ending at
 // time T with velocity vt. Integrated backwards from that end, it covers
-// vt d + j d^3 / 6.
-void finalRamp(ShapeWalk& w, double d, double j, double T, double vt) {
-    w.p += vt * d + j * cube(d) / 6.0;
+// vt d + j d^3 / 6 (share = jerkShare(j, d)).
+void finalRampShared(ShapeWalk& w, double d, double share, double T, double vt) {
+    w.p += vt * d + share;
     w.v = vt;
     w.a = 0.0;
     w.t = T;
     markPoint(w);
+}
+
+void finalRamp(ShapeWalk& w, double d, double j, double T, double vt) {
+    finalRampShared(w, d, jerkShare(j, d), T, vt);
 }
 
 // Peak of a triangular pulse that changes the velocity by dv in its own
@@ -105,12 +114,13 @@ TriPeak triPeak(double radicand) {
 // ending the shape at (T, vt).
 void triTail(ShapeWalk& w, double dir, const TriPeak& tp, double J, double T, double vt) {
     const double d = tp.peak / J;
-    w.p += w.v * d + w.a * d * d / 2.0 + dir * J * cube(d) / 6.0;
+    const double d3 = cube(d);  // both halves last d
+    w.p += w.v * d + w.a * d * d / 2.0 + dir * J * d3 / 6.0;
     w.v += dir * tp.halfSquare / J;
     w.a = dir * tp.peak;
     w.t += d;
     markPoint(w);
-    finalRamp(w, d, -dir * J, T, vt);
+    finalRampShared(w, d, -dir * J * d3 / 6.0, T, vt);
 }
 
 // Write the walked points after the existing curve when asked to, and return
@@ -145,17 +155,58 @@ double finishShape(AxisPlan& rec, const ShapeWalk& w) {
 
 enum class Pulse { Tri, Trap };
 
-double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse second) {
+// What a Zero-family shape does not owe to the trial value, worked out once
+// per solve by the very operations the residual would repeat for every trial:
+// the cube of a full ramp between 0 and +-A, and (Trap first) the state at
+// the end of the ramp a0 -> A.
+struct ZeroShape {
+    Pulse first;
+    double dir;
+    Pulse second;
+    double fallShare;    // jerkShare(-J, A / J): a Trap-first pulse's A -> 0
+    double pulseShares[2];  // jerkShare(dir J, A / J), jerkShare(-dir J, A / J): a Trap second pulse
+    double riseT, riseA, riseV, riseP;
+};
+
+ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir, Pulse second) {
+    const double a0 = rec.curAcc, A = rec.maxAcc, J = rec.maxJerk;
+    const double rampCube = cube(A / J);
+    ZeroShape s{first,
+                dir,
+                second,
+                -J * rampCube / 6.0,
+                {dir * J * rampCube / 6.0, -dir * J * rampCube / 6.0},
+                0.0,
+                0.0,
+                0.0,
+                0.0};
+    if (first == Pulse::Trap) {
+        ShapeWalk w = startWalk(rec);
+        section(w, (A - a0) / J, J, A);
+        s.riseT = w.t;
+        s.riseA = w.a;
+        s.riseV = w.v;
+        s.riseP = w.p;
+    }
+    return s;
+}
+
+double zeroShapeResidual(AxisPlan& rec, const ZeroShape& s, double x) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
+    const double dir = s.dir;
 
     ShapeWalk w = startWalk(rec);
     double cruiseVel;
-    if (first == Pulse::Trap) {
-        section(w, (A - a0) / J, J, A);
+    if (s.first == Pulse::Trap) {
+        w.t = s.riseT;
+        w.a = s.riseA;
+        w.v = s.riseV;
+        w.p = s.riseP;
+        markPoint(w);
         const double hold = (x - w.v - A * A / (2.0 * J)) / A;
         section(w, hold, 0.0, A);
-        section(w, A / J, -J, 0.0);
+        section(w, A / J, -J, s.fallShare, 0.0);
         cruiseVel = x;
     } else {
         section(w, (x - a0) / J, J, x);
@@ -164,31 +215,46 @@ double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse
     }
 
     const double dv = dir * (vt - cruiseVel);
-    if (second == Pulse::Tri) {
+    if (s.second == Pulse::Tri) {
         const TriPeak tp = triPeak(dv * J);
         section(w, T - w.t - 2.0 * tp.peak / J, 0.0, 0.0);
         triTail(w, dir, tp, J, T, vt);
     } else {
         const double hold = dv / A - A / J;
         section(w, T - w.t - (2.0 * A / J + hold), 0.0, 0.0);
-        section(w, A / J, dir * J, dir * A);
+        section(w, A / J, dir * J, s.pulseShares[0], dir * A);
         section(w, hold, 0.0, dir * A);
-        finalRamp(w, A / J, -dir * J, T, vt);
+        finalRampShared(w, A / J, s.pulseShares[1], T, vt);
     }
     return finishShape(rec, w);
 }
 
+double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse second) {
+    return zeroShapeResidual(rec, zeroShapeOf(rec, first, dir, second), x);
+}
+
 // The common tail of every solver: find the root, write the shape for it.
-bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi,
+template <typename Residual>
+bool solveAndWrite(AxisPlan& rec, const Residual& residual, double lo, double hi,
                    const char* errorLine) {
     double x = 0.0;
-    if (!abkSolve(rec, residual, &x, lo, hi)) {
+    if (!abkSolveWith(rec, residual, &x, lo, hi)) {
         std::puts(errorLine);
         return false;
     }
     rec.writeSections = 1;
-    residual(rec, &x);
+    residual(x);
     return true;
+}
+
+bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi, const char* errorLine) {
+    return solveAndWrite(rec, [&rec, residual](double x) { return residual(rec, &x); }, lo, hi, errorLine);
+}
+
+bool solveZeroShape(AxisPlan& rec, Pulse first, double dir, Pulse second, double lo, double hi,
+                    const char* errorLine) {
+    const ZeroShape s = zeroShapeOf(rec, first, dir, second);
+    return solveAndWrite(rec, [&rec, &s](double x) { return zeroShapeResidual(rec, s, x); }, lo, hi, errorLine);
 }
 
 }  // namespace
@@ -372,7 +438,8 @@ double residualPosLinHldPosTrap(AxisPlan& rec, const double* xp) {
     const double p4 = p3 + v3 * d4 + A * d4 * d4 / 2.0;
     const double pEnd = p4 + vt * (T - t4) - J * cube(T - t4) / 6.0;
 
-    ShapeWalk w{};
+    ShapeWalk w;
+    w.n = 0;
     const double times[5] = {t1, t2, t3, t4, T};
     const double accs[5] = {x, x, A, A, 0.0};
     const double vels[5] = {v1, v2, v3, v4, vt};
@@ -398,7 +465,7 @@ bool solveStep2PosTrapZeroNegTri(PlannerState&, AxisPlan& rec) {
     const double s = guardedRoot(a0 * A - a0 * a0 / 2.0 + (v0 - vt) * J + A * J * T);
     const double lo = std::max(vt, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
     const double hi = std::min({V, vt + A * A / J, vt + (s - A) * (s - A) / J});
-    return solveAndWrite(rec, residualPosTrapZeroNegTri, lo, hi, "step2_PTZNt error!");
+    return solveZeroShape(rec, Pulse::Trap, -1.0, Pulse::Tri, lo, hi, "step2_PTZNt error!");
 }
 
 bool solveStep2PosTriZeroNegTri(PlannerState&, AxisPlan& rec) {
@@ -433,7 +500,7 @@ bool solveStep2PosTriZeroNegTri(PlannerState&, AxisPlan& rec) {
     const double m = (TJ + a0) / 2.0;
     const double c = (m + (J * (vt - v0) + a0 * a0 / 2.0) / m) / 2.0;
     const double hi = std::min(h, c);
-    return solveAndWrite(rec, residualPosTriZeroNegTri, lo, hi, "step2_PtZNt error!");
+    return solveZeroShape(rec, Pulse::Tri, -1.0, Pulse::Tri, lo, hi, "step2_PtZNt error!");
 }
 
 bool solveStep2PosTrapZeroNegTrap(PlannerState&, AxisPlan& rec) {
@@ -443,7 +510,7 @@ bool solveStep2PosTrapZeroNegTrap(PlannerState&, AxisPlan& rec) {
     const double lo = std::max({-V, vt + A * A / J, v0 + (A * A - a0 * a0 / 2.0) / J});
     const double hi = std::min(
         V, (vt + v0 + T * A) / 2.0 - (a0 * a0 / 4.0 - a0 * A / 2.0 + A * A) / J);
-    return solveAndWrite(rec, residualPosTrapZeroNegTrap, lo, hi, "step2_PTZNT error!");
+    return solveZeroShape(rec, Pulse::Trap, -1.0, Pulse::Trap, lo, hi, "step2_PTZNT error!");
 }
 
 bool solveStep2PosTriZeroNegTrap(PlannerState&, AxisPlan& rec) {
@@ -456,7 +523,7 @@ bool solveStep2PosTriZeroNegTrap(PlannerState&, AxisPlan& rec) {
     const double hi =
         std::min(guardedRoot((vTop - v0) * J + a0 * a0 / 2.0),
                  guardedRoot((J * T + a0) * A + (vt - v0) * J + a0 * a0 / 2.0) - A);
-    return solveAndWrite(rec, residualPosTriZeroNegTrap, lo, hi, "step2_PtZNT error!");
+    return solveZeroShape(rec, Pulse::Tri, -1.0, Pulse::Trap, lo, hi, "step2_PtZNT error!");
 }
 
 bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
@@ -469,7 +536,7 @@ bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
         lo = std::max(lo, vt - st.trapTriSeed * st.trapTriSeed / J);
     }
     const double hi = std::min(V, vt);
-    return solveAndWrite(rec, residualPosTrapZeroPosTri, lo, hi, "step2_PTZPt error!");
+    return solveZeroShape(rec, Pulse::Trap, 1.0, Pulse::Tri, lo, hi, "step2_PTZPt error!");
 }
 
 bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
@@ -485,7 +552,7 @@ bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
         hi = std::min(hi, st.triTriSeed);
     }
     st.triTriSeedMode = 0;
-    return solveAndWrite(rec, residualPosTriZeroPosTri, lo, hi, "step2_PtZPt error!");
+    return solveZeroShape(rec, Pulse::Tri, 1.0, Pulse::Tri, lo, hi, "step2_PtZPt error!");
 }
 
 bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
@@ -498,7 +565,7 @@ bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
         st.triTrapSeedSet = 0;
         hi = std::min(hi, st.triTrapSeed);
     }
-    return solveAndWrite(rec, residualPosTriZeroPosTrap, lo, hi, "step2_PtZPT error!");
+    return solveZeroShape(rec, Pulse::Tri, 1.0, Pulse::Trap, lo, hi, "step2_PtZPT error!");
 }
 
 bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
@@ -513,7 +580,7 @@ bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
     }
     const double lo = std::max(-V, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
     const double hi = std::min(V, vt - A * A / J);
-    return solveAndWrite(rec, residualPosTrapZeroPosTrap, lo, hi, "step2_PTZPT error!");
+    return solveZeroShape(rec, Pulse::Trap, 1.0, Pulse::Trap, lo, hi, "step2_PTZPT error!");
 }
 
 bool solveStep2PosTrapHldNegLin(PlannerState& st, AxisPlan& rec) {
