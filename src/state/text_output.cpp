@@ -21,7 +21,7 @@ constexpr double kFastFixedLimit = 0x1p52 / 1e6;
 // Below this magnitude x rounds to zero (a sign and six zeros).
 constexpr double kFixedZero = 0x1p-60;
 constexpr double kMicro = 1e6;
-constexpr std::uint64_t kMicroInt = 1000000;
+constexpr std::int64_t kMicroInt = 1000000;
 
 // x 10^6 = p + e exactly (Dekker's product; 10^6 needs only 20 bits, so it is
 // its own upper half and x's halves times it are exact).
@@ -37,26 +37,25 @@ void scaleExactly(double x, double& p, double& e) {
 // to even, from its exact value p + e. The fraction f of p is exact, and
 // f - 1/2 is a multiple of p's last unit, at least twice |e| unless zero:
 // e only decides a fraction of exactly one half.
-std::uint64_t roundedMicros(double x) {
+std::int64_t roundedMicros(double x) {
     if (x < kFixedZero) return 0;
     double p, e;
     scaleExactly(x, p, e);
-    std::uint64_t n = static_cast<std::uint64_t>(p);
+    std::int64_t n = static_cast<std::int64_t>(p);
     const double f = p - static_cast<double>(n);
     if (f > 0.5 || (f == 0.5 && (e > 0.0 || (e == 0.0 && (n & 1) != 0)))) n += 1;
     return n;
 }
 
-char* digits(char* out, std::uint64_t n, int minDigits) {
-    char tmp[24];
-    int k = 0;
-    do {
-        tmp[k++] = static_cast<char>('0' + n % 10);
-        n /= 10;
-    } while (n != 0);
-    while (k < minDigits) tmp[k++] = '0';
-    while (k > 0) *out++ = tmp[--k];
-    return out;
+// "00" to "99", for two digits at a time.
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+char* twoDigits(char* out, unsigned n) {
+    std::memcpy(out, kDigitPairs + 2 * n, 2);
+    return out + 2;
 }
 
 int standardConversion(char* out, double x, std::chars_format how) {
@@ -78,26 +77,36 @@ char* reserve(TextOutput& out, int size) {
     return out.text + out.length;
 }
 
-// True when every conversion of fmt is one of %f %e %d %s %%, plain.
-bool onlyPlainConversions(const char* fmt) {
-    for (const char* c = std::strchr(fmt, '%'); c != nullptr; c = std::strchr(c + 2, '%')) {
-        if (std::strchr("feds%", c[1]) == nullptr || c[1] == '\0') return false;
-    }
-    return true;
-}
-
 void appendChar(TextOutput& out, char c) {
-    *reserve(out, 1) = c;
-    out.length += 1;
+    if (out.length == kTextCapacity) handOver(out);
+    out.text[out.length++] = c;
 }
 
-void expand(TextOutput& out, const char* fmt, va_list ap) {
+// One pass over fmt. A conversion other than %f %e %d %s %% (a flag, a width,
+// a precision, another type) hands the text so far over and leaves the rest of
+// fmt, with the arguments not yet taken, to vprintf.
+void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
+    if (!out.plainPoint) {
+        handOver(out);
+        std::vprintf(fmt, ap);
+        return;
+    }
     for (const char* c = fmt; *c != '\0'; ++c) {
         if (*c != '%') {
-            appendChar(out, *c);
-            continue;
+            // The literal text up to the next conversion.
+            char* to = out.text + out.length;
+            for (; *c != '%' && *c != '\0'; ++c) {
+                if (to == out.text + kTextCapacity) {
+                    out.length = kTextCapacity;
+                    handOver(out);
+                    to = out.text;
+                }
+                *to++ = *c;
+            }
+            out.length = static_cast<int>(to - out.text);
+            if (*c == '\0') break;
         }
-        switch (*++c) {
+        switch (c[1]) {
             case 'f':
                 out.length += formatFixed(reserve(out, kMaxNumberText), va_arg(ap, double));
                 break;
@@ -110,19 +119,15 @@ void expand(TextOutput& out, const char* fmt, va_list ap) {
             case 's':
                 for (const char* s = va_arg(ap, const char*); *s != '\0'; ++s) appendChar(out, *s);
                 break;
-            default:  // "%%"
+            case '%':
                 appendChar(out, '%');
                 break;
+            default:
+                handOver(out);
+                std::vprintf(c, ap);
+                return;
         }
-    }
-}
-
-void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
-    if (out.plainPoint && onlyPlainConversions(fmt)) {
-        expand(out, fmt, ap);
-    } else {
-        handOver(out);
-        std::vprintf(fmt, ap);
+        ++c;
     }
 }
 
@@ -133,10 +138,20 @@ int formatFixed(char* out, double x) {
     if (!(ax < kFastFixedLimit)) return standardConversion(out, x, std::chars_format::fixed);
     char* p = out;
     if (std::signbit(x)) *p++ = '-';
-    const std::uint64_t n = roundedMicros(ax);
-    p = digits(p, n / kMicroInt, 1);
+    const std::int64_t n = roundedMicros(ax);
+    const std::int64_t whole = n / kMicroInt;
+    const auto micros = static_cast<unsigned>(n - whole * kMicroInt);
+    if (whole < 10) {
+        *p++ = static_cast<char>('0' + whole);
+    } else if (whole < 100) {
+        p = twoDigits(p, static_cast<unsigned>(whole));
+    } else {
+        p = std::to_chars(p, p + 20, whole).ptr;
+    }
     *p++ = '.';
-    p = digits(p, n % kMicroInt, 6);
+    p = twoDigits(p, micros / 10000);
+    p = twoDigits(p, micros / 100 % 100);
+    p = twoDigits(p, micros % 100);
     return static_cast<int>(p - out);
 }
 

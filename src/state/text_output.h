@@ -31,9 +31,10 @@ int formatInt(char* out, int x);
 // Start a message.
 void beginText(TextOutput& out);
 
-// Append printf(fmt, ...) to the message. fmt may use %f, %e, %d, %s and %%;
-// anything else (and every conversion under a locale whose decimal point is
-// not ".") is printed by vprintf itself, after the text built so far.
+// Append printf(fmt, ...) to the message. %f, %e, %d, %s and %% are expanded
+// here; from any other conversion on, and for the whole of fmt under a locale
+// whose decimal point is not ".", vprintf prints the rest after the text built
+// so far.
 void appendText(TextOutput& out, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
 // Hand the message to stdout.
