@@ -28,9 +28,11 @@ double periodTime(int period) { return period * CYCLE_TIME; }
 // neither it nor the next period's number ever overflows.
 constexpr int kLastPeriod = INT_MAX - 1;
 
-void countPeriod(AxisPlan& r) {
-    if (r.sampleCount < kLastPeriod) r.sampleCount += 1;
+void nextPeriod(int& period) {
+    if (period < kLastPeriod) period += 1;
 }
+
+void countPeriod(AxisPlan& r) { nextPeriod(r.sampleCount); }
 
 // Report every section of every planned axis whose end time lies more than the
 // tolerance before its start time. Only a report: sampling goes on.
@@ -82,6 +84,44 @@ void trackNoStop(PlannerState& st, int finished) {
     }
 }
 
+// The first sampling call after an update forgets the last plan's sampling
+// memory and reports sections whose time goes back.
+[[gnu::noinline]] void startSampling(PlannerState& st) {
+    st.newPlan = false;
+    st.lastFirstPos = 0.0;
+    st.noStopPending = false;
+    validateSectionTimes(st);
+}
+
+// Past the curve's last point: the end state, once per call, after the k
+// samples already written (the period counter keeps running). Returns the
+// count of the call.
+[[gnu::noinline]] int sampleEndState(AxisPlan& r, int k, int c, double t, double* pos, double* vel,
+                                     double* acc) {
+    const int last = lastIndex(r);
+    acc[k] = 0.0;
+    vel[k] = r.tgtVel;
+    pos[k] = r.secPos[last];
+    countPeriod(r);
+    if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
+    return k + 1;
+}
+
+// What a sampling call reports and tracks besides its samples: the end of an
+// axis's curve, a single-axis plan falling back, axis 0 not stopping.
+[[gnu::noinline]] void afterSampling(PlannerState& st, const AxisPlan& r, int axis, int finished,
+                                     int count, const double* pos, const double* vel,
+                                     const double* acc) {
+    if (count > 0 && finished) {
+        printText("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+                  r.secTime[lastIndex(r)]);
+    }
+    if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
+        reportOvershoot(st, r, axis, finished, pos, vel, acc);
+    }
+    if (axis == 0) trackNoStop(st, finished);
+}
+
 }  // namespace
 
 double leftMoveTime(const PlannerState& st) {
@@ -90,77 +130,66 @@ double leftMoveTime(const PlannerState& st) {
     return left > 0.0 ? left : 0.0;
 }
 
-int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
-               int& count) {
+namespace {
+
+// The body of samplePlan, inlined into both of its entries.
+[[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
+                                             double* vel, double* acc, int& count) {
     count = 0;
-    if (st.newPlan) {
-        st.newPlan = false;
-        st.lastFirstPos = 0.0;
-        st.noStopPending = false;
-        validateSectionTimes(st);
-    }
+    if (st.newPlan) startSampling(st);
     if (st.planFailed) return 0;
     if (axis >= st.axisCount || axis < 0) return 0;
 
     AxisPlan& r = st.records[axis];
-    const int last = lastIndex(r);
-    int c = r.secCursor;
-
-    if (nSamples > 0) {
-        int k = 0;
-        bool curveEnded = false;
-        double t = 0.0;
-        while (k < nSamples) {
-            t = periodTime(r.sampleCount + 1);
-            if (c >= r.pointCount) {
-                curveEnded = true;
-                break;
-            }
-            // Strictly greater: a time exactly on a point is sampled in the
-            // section that ends there, and zero-length sections are skipped.
-            while (t > r.secTime[c]) {
-                if (++c >= r.pointCount) break;
-            }
-            if (c >= r.pointCount) {
-                curveEnded = true;
-                break;
-            }
-            const double dA = r.secAcc[c] - r.secAcc[c - 1];
-            const double jerk =
-                std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - r.secTime[c - 1]);
-            const double tau = t - r.secTime[c - 1];
-            const double halfTau2 = tau * tau / 2.0;
-            acc[k] = r.secAcc[c - 1] + jerk * tau;
-            vel[k] = r.secVel[c - 1] + r.secAcc[c - 1] * tau + jerk * halfTau2;
-            pos[k] = r.secPos[c - 1] + r.secVel[c - 1] * tau + r.secAcc[c - 1] * halfTau2 +
-                     jerk * (halfTau2 * tau / 3.0);
-            countPeriod(r);
-            r.secCursor = c;
-            k += 1;
+    const int points = r.pointCount;
+    int period = r.sampleCount;
+    int cursor = r.secCursor;
+    int c = cursor;
+    int k = 0;
+    bool curveEnded = false;
+    double t = 0.0;
+    while (k < nSamples) {
+        t = periodTime(period + 1);
+        // Strictly greater: a time exactly on a point is sampled in the
+        // section that ends there, and zero-length sections are skipped.
+        while (c < points && t > r.secTime[c]) ++c;
+        if (c >= points) {
+            curveEnded = true;
+            break;
         }
-        if (curveEnded) {
-            // The end state, once per call; the period counter keeps running.
-            acc[k] = 0.0;
-            vel[k] = r.tgtVel;
-            pos[k] = r.secPos[last];
-            countPeriod(r);
-            if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
-            count = k + 1;
-        } else {
-            count = k;
-        }
+        const double dA = r.secAcc[c] - r.secAcc[c - 1];
+        const double jerk =
+            std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - r.secTime[c - 1]);
+        const double tau = t - r.secTime[c - 1];
+        const double halfTau2 = tau * tau / 2.0;
+        acc[k] = r.secAcc[c - 1] + jerk * tau;
+        vel[k] = r.secVel[c - 1] + r.secAcc[c - 1] * tau + jerk * halfTau2;
+        pos[k] = r.secPos[c - 1] + r.secVel[c - 1] * tau + r.secAcc[c - 1] * halfTau2 +
+                 jerk * (halfTau2 * tau / 3.0);
+        nextPeriod(period);
+        cursor = c;
+        k += 1;
     }
+    r.sampleCount = period;
+    r.secCursor = cursor;
+    count = curveEnded ? sampleEndState(r, k, c, t, pos, vel, acc) : k;
 
-    const int finished = periodTime(r.sampleCount) >= r.secTime[last] ? 1 : 0;
-    if (count > 0 && finished) {
-        printText("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
-                  r.secTime[last]);
+    const int finished = periodTime(r.sampleCount) >= r.secTime[points > 0 ? points - 1 : 0] ? 1 : 0;
+    if ((count > 0 && finished) || st.axisCount == 1 || axis == 0) {
+        afterSampling(st, r, axis, finished, count, pos, vel, acc);
     }
-    if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
-        reportOvershoot(st, r, axis, finished, pos, vel, acc);
-    }
-    if (axis == 0) trackNoStop(st, finished);
     return finished;
+}
+
+}  // namespace
+
+int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
+               int& count) {
+    return sampleAxis(st, axis, nSamples, pos, vel, acc, count);
+}
+
+int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count) {
+    return sampleAxis(defaultState(), axis, nSamples, pos, vel, acc, count);
 }
 
 }  // namespace vekta
