@@ -108,6 +108,29 @@ inline double jerkShare(double j, double d) {
     return j * cube(d) / 6.0;
 }
 
+// A one-entry memory for a chain of sections, which often repeats a duration
+// (the two halves of a triangle, the ramps of a trapezoid): a duration with
+// the same bits has the same cube. It starts out holding cube(+0) = +0.
+struct CubeMemo {
+    std::uint64_t bits = 0;
+    double value = 0.0;
+};
+
+inline double cube(double x, CubeMemo& memo) {
+    std::uint64_t bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    if (bits != memo.bits) {
+        memo.bits = bits;
+        memo.value = cube(x);
+    }
+    return memo.value;
+}
+
+inline double jerkShare(double j, double d, CubeMemo& memo) {
+    if (j == 0.0 && std::fabs(d) <= cube_detail::kMaxExact) return j * d;
+    return j * cube(d, memo) / 6.0;
+}
+
 }  // namespace vekta
 
 #endif
