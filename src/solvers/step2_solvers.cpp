@@ -38,10 +38,10 @@ constexpr double kRootGuardSquare = 1e-100;
 
 constexpr int kMaxShapePoints = 7;
 
-// The state along a shape (time t from the shape's start) and the point at the
-// end of every section walked so far (entries from n on are not set).
-struct ShapeWalk {
-    double t, a, v, p;
+// The point at the end of every section walked so far, kept only when the
+// shape is to be written (a trial of the root finder needs just the end
+// position).
+struct ShapePoints {
     int n;
     double time[kMaxShapePoints];
     double acc[kMaxShapePoints];
@@ -49,28 +49,34 @@ struct ShapeWalk {
     double pos[kMaxShapePoints];
 };
 
-ShapeWalk startWalk(const AxisPlan& rec) {
-    ShapeWalk w;
-    w.t = 0.0;
-    w.n = 0;
-    w.a = rec.curAcc;
-    w.v = rec.curVel;
-    w.p = rec.curPos;
-    return w;
+// The state along a shape, time t from the shape's start; `points` is null
+// unless the shape is being written.
+struct ShapeWalk {
+    double t, a, v, p;
+    ShapePoints* points;
+};
+
+// A walk from the record's state, recording its points into `points` when
+// the record asks for its sections to be written.
+ShapeWalk startWalk(const AxisPlan& rec, ShapePoints& points) {
+    points.n = 0;
+    return {0.0, rec.curAcc, rec.curVel, rec.curPos, rec.writeSections == 1 ? &points : nullptr};
 }
 
 void markPoint(ShapeWalk& w) {
-    w.time[w.n] = w.t;
-    w.acc[w.n] = w.a;
-    w.vel[w.n] = w.v;
-    w.pos[w.n] = w.p;
-    ++w.n;
+    ShapePoints* pts = w.points;
+    if (pts == nullptr) return;
+    pts->time[pts->n] = w.t;
+    pts->acc[pts->n] = w.a;
+    pts->vel[pts->n] = w.v;
+    pts->pos[pts->n] = w.p;
+    ++pts->n;
 }
 
 // A section of duration d at jerk j. Its end acceleration aEnd (= a + j d) is
 // passed exactly, so that levels such as A or zero are stored exactly. share
 // is jerkShare(j, d), worked out by the caller when it serves more than once.
-void section(ShapeWalk& w, double d, double j, double share, double aEnd) {
+[[gnu::always_inline]] inline void section(ShapeWalk& w, double d, double j, double share, double aEnd) {
     w.p += w.v * d + w.a * d * d / 2.0 + share;
     w.v += w.a * d + j * d * d / 2.0;
     w.a = aEnd;
@@ -78,7 +84,9 @@ void section(ShapeWalk& w, double d, double j, double share, double aEnd) {
     markPoint(w);
 }
 
-void section(ShapeWalk& w, double d, double j, double aEnd) { section(w, d, j, jerkShare(j, d), aEnd); }
+[[gnu::always_inline]] inline void section(ShapeWalk& w, double d, double j, double aEnd) {
+    section(w, d, j, jerkShare(j, d), aEnd);
+}
 
 // The closing ramp: duration d at jerk j down to zero acceleration, ending at
 // time T with velocity vt. Integrated backwards from that end, it covers
@@ -125,18 +133,20 @@ void triTail(ShapeWalk& w, double dir, const TriPeak& tp, double J, double T, do
 
 // Write the walked points after the existing curve when asked to, and return
 // the end-position error.
-double finishShape(AxisPlan& rec, const ShapeWalk& w) {
-    if (rec.writeSections == 1) {
-        const int k = rec.pointCount;
-        const double t0 = rec.secTime[k - 1];
-        const double s = static_cast<double>(rec.inv);
-        for (int i = 0; i < w.n; ++i) {
-            storePoint(rec, k + i, t0 + w.time[i], w.acc[i], w.vel[i], w.pos[i], s);
-            if (w.acc[i] == 0.0) storeZeroAcc(rec, k + i);  // a zero level stays a plain zero
-        }
-        rec.writeSections = 0;
-        rec.pointCount = k + w.n;
+[[gnu::noinline]] void writeShape(AxisPlan& rec, const ShapePoints& pts) {
+    const int k = rec.pointCount;
+    const double t0 = rec.secTime[k - 1];
+    const double s = static_cast<double>(rec.inv);
+    for (int i = 0; i < pts.n; ++i) {
+        storePoint(rec, k + i, t0 + pts.time[i], pts.acc[i], pts.vel[i], pts.pos[i], s);
+        if (pts.acc[i] == 0.0) storeZeroAcc(rec, k + i);  // a zero level stays a plain zero
     }
+    rec.writeSections = 0;
+    rec.pointCount = k + pts.n;
+}
+
+double finishShape(AxisPlan& rec, const ShapeWalk& w) {
+    if (w.points != nullptr) writeShape(rec, *w.points);
     return w.p - rec.tgtPos;
 }
 
@@ -181,7 +191,7 @@ ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir, Pulse second
                 0.0,
                 0.0};
     if (first == Pulse::Trap) {
-        ShapeWalk w = startWalk(rec);
+        ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, nullptr};  // nothing recorded
         section(w, (A - a0) / J, J, A);
         s.riseT = w.t;
         s.riseA = w.a;
@@ -196,7 +206,8 @@ double zeroShapeResidual(AxisPlan& rec, const ZeroShape& s, double x) {
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
     const double dir = s.dir;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     double cruiseVel;
     if (s.first == Pulse::Trap) {
         w.t = s.riseT;
@@ -316,7 +327,8 @@ double residualPosTrapHldNegLin(AxisPlan& rec, const double* xp) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (A - a0) / J, J, A);
     const double L = T - (2.0 * A - a0) / J;
     const double holdA = A - x > 0.0 ? (vt - w.v - A * A / (2.0 * J) - x * L) / (A - x) : 0.0;
@@ -337,7 +349,8 @@ double residualPosTriHldNegLin(AxisPlan& rec, const double* xp) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (x - a0) / J, J, x);
     const double hold = T - (2.0 * x - a0) / J;
     const double y = (vt - w.v - x * x / (2.0 * J)) / hold;
@@ -358,7 +371,8 @@ double residualNegLinHldPosTrap(AxisPlan& rec, const double* xp) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (a0 - x) / J, -J, x);
     const double L = T - (2.0 * A + a0 - 2.0 * x) / J;
     const double hold =
@@ -379,7 +393,8 @@ double residualNegLinHldPosTri(AxisPlan& rec, const double* xp) {
     const double v0 = rec.curVel, a0 = rec.curAcc, vt = rec.tgtVel;
     const double J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (a0 - x) / J, -J, x);
     const double u = T * J - a0;
     const double q = x + guardedRoot((vt - v0) * J - a0 * a0 / 2.0 - x * u);
@@ -399,7 +414,8 @@ double residualPosLinHldPosTri(AxisPlan& rec, const double* xp) {
     const double v0 = rec.curVel, a0 = rec.curAcc, vt = rec.tgtVel;
     const double J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (x - a0) / J, J, x);
     const double q = x + guardedRoot(x * x - x * (T * J + a0) + a0 * a0 / 2.0 + (vt - v0) * J);
     const double hold = T - (2.0 * q - a0) / J;
@@ -438,8 +454,8 @@ double residualPosLinHldPosTrap(AxisPlan& rec, const double* xp) {
     const double p4 = p3 + v3 * d4 + A * d4 * d4 / 2.0;
     const double pEnd = p4 + vt * (T - t4) - J * cube(T - t4) / 6.0;
 
-    ShapeWalk w;
-    w.n = 0;
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     const double times[5] = {t1, t2, t3, t4, T};
     const double accs[5] = {x, x, A, A, 0.0};
     const double vels[5] = {v1, v2, v3, v4, vt};
