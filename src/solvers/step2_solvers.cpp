@@ -50,17 +50,19 @@ struct ShapePoints {
 };
 
 // The state along a shape, time t from the shape's start; `points` is null
-// unless the shape is being written.
+// unless the shape is being written. The memory keeps the last cube taken
+// (from rest, a Tri-first shape's rise and fall last equally long).
 struct ShapeWalk {
     double t, a, v, p;
     ShapePoints* points;
+    CubeMemo memo;
 };
 
 // A walk from the record's state, recording its points into `points` when
 // the record asks for its sections to be written.
 ShapeWalk startWalk(const AxisPlan& rec, ShapePoints& points) {
     points.n = 0;
-    return {0.0, rec.curAcc, rec.curVel, rec.curPos, rec.writeSections == 1 ? &points : nullptr};
+    return {0.0, rec.curAcc, rec.curVel, rec.curPos, rec.writeSections == 1 ? &points : nullptr, CubeMemo{}};
 }
 
 void markPoint(ShapeWalk& w) {
@@ -85,7 +87,7 @@ void markPoint(ShapeWalk& w) {
 }
 
 [[gnu::always_inline]] inline void section(ShapeWalk& w, double d, double j, double aEnd) {
-    section(w, d, j, jerkShare(j, d), aEnd);
+    section(w, d, j, jerkShare(j, d, w.memo), aEnd);
 }
 
 // The closing ramp: duration d at jerk j down to zero acceleration, ending at
@@ -100,7 +102,7 @@ void finalRampShared(ShapeWalk& w, double d, double share, double T, double vt) 
 }
 
 void finalRamp(ShapeWalk& w, double d, double j, double T, double vt) {
-    finalRampShared(w, d, jerkShare(j, d), T, vt);
+    finalRampShared(w, d, jerkShare(j, d, w.memo), T, vt);
 }
 
 // Peak of a triangular pulse that changes the velocity by dv in its own
@@ -191,7 +193,7 @@ ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir, Pulse second
                 0.0,
                 0.0};
     if (first == Pulse::Trap) {
-        ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, nullptr};  // nothing recorded
+        ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, nullptr, CubeMemo{}};  // nothing recorded
         section(w, (A - a0) / J, J, A);
         s.riseT = w.t;
         s.riseA = w.a;

@@ -64,9 +64,10 @@ inline void twoProduct(double a, double aHi, double aLo, double b, double& p, do
 }
 
 // Distance from a rounded cube to the exact one that pow is sure to round
-// back to it, in units in the last place of the result (0.46, less a margin
-// for the rounding of the distance itself).
-constexpr double kSafeUlps = 0.45;
+// back to it, in units in the last place of the result: 0.46, less a margin
+// for the distance's own error (the neglected product and two roundings, all
+// below 2^-50 of a unit).
+constexpr double kSafeUlps = 0.46 - 0x1p-40;
 constexpr double kMinExact = 0x1p-320;
 constexpr double kMaxExact = 0x1p340;
 
