@@ -58,7 +58,11 @@ char* twoDigits(char* out, unsigned n) {
     return out + 2;
 }
 
-int standardConversion(char* out, double x, std::chars_format how) {
+[[gnu::noinline]] char* wholeDigits(char* out, std::int64_t whole) {
+    return std::to_chars(out, out + 20, whole).ptr;
+}
+
+[[gnu::noinline]] int standardConversion(char* out, double x, std::chars_format how) {
     return static_cast<int>(std::to_chars(out, out + kMaxNumberText, x, how, 6).ptr - out);
 }
 
@@ -75,6 +79,28 @@ void handOver(TextOutput& out) {
 char* reserve(TextOutput& out, int size) {
     if (out.length + size > kTextCapacity) handOver(out);
     return out.text + out.length;
+}
+
+[[gnu::always_inline]] inline int fixedText(char* out, double x) {
+    const double ax = std::fabs(x);
+    if (!(ax < kFastFixedLimit)) return standardConversion(out, x, std::chars_format::fixed);
+    char* p = out;
+    if (std::signbit(x)) *p++ = '-';
+    const std::int64_t n = roundedMicros(ax);
+    const std::int64_t whole = n / kMicroInt;
+    const auto micros = static_cast<unsigned>(n - whole * kMicroInt);
+    if (whole < 10) {
+        *p++ = static_cast<char>('0' + whole);
+    } else if (whole < 100) {
+        p = twoDigits(p, static_cast<unsigned>(whole));
+    } else {
+        p = wholeDigits(p, whole);
+    }
+    *p++ = '.';
+    p = twoDigits(p, micros / 10000);
+    p = twoDigits(p, micros / 100 % 100);
+    p = twoDigits(p, micros % 100);
+    return static_cast<int>(p - out);
 }
 
 void appendChar(TextOutput& out, char c) {
@@ -108,7 +134,7 @@ void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
         }
         switch (c[1]) {
             case 'f':
-                out.length += formatFixed(reserve(out, kMaxNumberText), va_arg(ap, double));
+                out.length += fixedText(reserve(out, kMaxNumberText), va_arg(ap, double));
                 break;
             case 'e':
                 out.length += formatExp(reserve(out, kMaxNumberText), va_arg(ap, double));
@@ -133,27 +159,7 @@ void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
 
 }  // namespace
 
-int formatFixed(char* out, double x) {
-    const double ax = std::fabs(x);
-    if (!(ax < kFastFixedLimit)) return standardConversion(out, x, std::chars_format::fixed);
-    char* p = out;
-    if (std::signbit(x)) *p++ = '-';
-    const std::int64_t n = roundedMicros(ax);
-    const std::int64_t whole = n / kMicroInt;
-    const auto micros = static_cast<unsigned>(n - whole * kMicroInt);
-    if (whole < 10) {
-        *p++ = static_cast<char>('0' + whole);
-    } else if (whole < 100) {
-        p = twoDigits(p, static_cast<unsigned>(whole));
-    } else {
-        p = std::to_chars(p, p + 20, whole).ptr;
-    }
-    *p++ = '.';
-    p = twoDigits(p, micros / 10000);
-    p = twoDigits(p, micros / 100 % 100);
-    p = twoDigits(p, micros % 100);
-    return static_cast<int>(p - out);
-}
+int formatFixed(char* out, double x) { return fixedText(out, x); }
 
 int formatExp(char* out, double x) { return standardConversion(out, x, std::chars_format::scientific); }
 

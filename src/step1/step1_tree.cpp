@@ -55,7 +55,7 @@ Reach reachFrom(const AxisPlan& rec) {
 }
 
 // One section of constant jerk and duration d, ending at acceleration aEnd.
-void section(Reach& r, double jerk, double d, double aEnd) {
+[[gnu::always_inline]] inline void section(Reach& r, double jerk, double d, double aEnd) {
     r.p = r.p + r.v * d + r.a * d * d / 2.0 + jerkShare(jerk, d, r.memo);
     r.v = r.v + r.a * d + jerk * d * d / 2.0;
     r.a = aEnd;
