@@ -157,15 +157,16 @@ namespace {
             curveEnded = true;
             break;
         }
-        const double dA = r.secAcc[c] - r.secAcc[c - 1];
-        const double jerk =
-            std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - r.secTime[c - 1]);
-        const double tau = t - r.secTime[c - 1];
+        // The section from point c - 1 to point c.
+        const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
+        const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
+        const double dA = r.secAcc[c] - a0;
+        const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+        const double tau = t - t0;
         const double halfTau2 = tau * tau / 2.0;
-        acc[k] = r.secAcc[c - 1] + jerk * tau;
-        vel[k] = r.secVel[c - 1] + r.secAcc[c - 1] * tau + jerk * halfTau2;
-        pos[k] = r.secPos[c - 1] + r.secVel[c - 1] * tau + r.secAcc[c - 1] * halfTau2 +
-                 jerk * (halfTau2 * tau / 3.0);
+        acc[k] = a0 + jerk * tau;
+        vel[k] = v0 + a0 * tau + jerk * halfTau2;
+        pos[k] = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
         nextPeriod(period);
         cursor = c;
         k += 1;
