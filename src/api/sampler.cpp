@@ -132,9 +132,9 @@ double leftMoveTime(const PlannerState& st) {
 
 namespace {
 
-// The body of samplePlan, inlined into both of its entries.
-[[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
-                                             double* vel, double* acc, int& count) {
+// samplePlan, every case.
+[[gnu::noinline]] int sampleAnyCall(PlannerState& st, int axis, int nSamples, double* pos,
+                                    double* vel, double* acc, int& count) {
     count = 0;
     if (st.newPlan) startSampling(st);
     if (st.planFailed) return 0;
@@ -182,15 +182,73 @@ namespace {
     return finished;
 }
 
+// The end of a call that took one sample in the middle of a six-axis curve:
+// the reports such a call can make, in their order, and its result.
+[[gnu::noinline]] int finishOneSample(PlannerState& st, const AxisPlan& r, int axis, int finished,
+                                      const double* pos) {
+    if (finished) {
+        printText("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+                  r.secTime[lastIndex(r)]);
+    }
+    if (axis == 0) trackNoStop(st, finished);
+    return finished;
+}
+
+[[gnu::noinline]] int sampleAnyDefault(int axis, int nSamples, double* pos, double* vel,
+                                       double* acc, int& count) {
+    return sampleAnyCall(defaultState(), axis, nSamples, pos, vel, acc, count);
+}
+
+// The call a controller makes for every axis in every period: one sample,
+// inside the curve of a six-axis plan, no report due. It does what
+// sampleAnyCall does for it, without a stack frame; anything else (and a
+// sample past the curve's end) goes to `other` (sampleAnyCall) before
+// touching the state.
+template <typename OtherCall>
+[[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
+                                             double* vel, double* acc, int& count,
+                                             const OtherCall& other) {
+    if (nSamples != 1 || st.newPlan || st.planFailed || st.axisCount != kMaxAxes || axis < 0 ||
+        axis >= kMaxAxes) {
+        return other();
+    }
+    AxisPlan& r = st.records[axis];
+    const int points = r.pointCount;
+    const double t = periodTime(r.sampleCount + 1);
+    const double* times = r.secTime;
+    int c = r.secCursor;
+    while (c < points && t > times[c]) ++c;
+    if (c >= points) return other();
+
+    const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
+    const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
+    const double dA = r.secAcc[c] - a0;
+    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+    const double tau = t - t0;
+    const double halfTau2 = tau * tau / 2.0;
+    acc[0] = a0 + jerk * tau;
+    vel[0] = v0 + a0 * tau + jerk * halfTau2;
+    pos[0] = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
+    countPeriod(r);
+    r.secCursor = c;
+    count = 1;
+
+    const int finished = periodTime(r.sampleCount) >= r.secTime[points - 1] ? 1 : 0;
+    if (finished || axis == 0) return finishOneSample(st, r, axis, finished, pos);
+    return 0;
+}
+
 }  // namespace
 
 int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
                int& count) {
-    return sampleAxis(st, axis, nSamples, pos, vel, acc, count);
+    return sampleAxis(st, axis, nSamples, pos, vel, acc, count,
+                      [&] { return sampleAnyCall(st, axis, nSamples, pos, vel, acc, count); });
 }
 
 int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count) {
-    return sampleAxis(defaultState(), axis, nSamples, pos, vel, acc, count);
+    return sampleAxis(defaultState(), axis, nSamples, pos, vel, acc, count,
+                      [&] { return sampleAnyDefault(axis, nSamples, pos, vel, acc, count); });
 }
 
 }  // namespace vekta
