@@ -18,33 +18,35 @@ namespace {
 // exactly; above it (and for inf and NaN) the standard library's shortest
 // exact conversion does it.
 constexpr double kFastFixedLimit = 0x1p52 / 1e6;
-// Below this magnitude x rounds to zero (a sign and six zeros).
-constexpr double kFixedZero = 0x1p-60;
 constexpr double kMicro = 1e6;
 constexpr std::int64_t kMicroInt = 1000000;
+// Adding and subtracting 2^52 rounds a double in [0, 2^52) to an integer,
+// ties to even.
+constexpr double kIntegerShift = 0x1p52;
 
-// x 10^6 = p + e exactly (Dekker's product; 10^6 needs only 20 bits, so it is
-// its own upper half and x's halves times it are exact).
-void scaleExactly(double x, double& p, double& e) {
+// x 10^6 - p exactly, p = x * 10^6 rounded (Dekker's product; 10^6 needs only
+// 20 bits, so it is its own upper half and x's halves times it are exact).
+double scaleRemainder(double x, double p) {
     const double c = 134217729.0 * x;  // 2^27 + 1: Veltkamp's split
     const double hi = c - (c - x);
     const double lo = x - hi;
-    p = x * kMicro;
-    e = (hi * kMicro - p) + lo * kMicro;
+    return (hi * kMicro - p) + lo * kMicro;
 }
 
 // x 10^6 (x >= 0, below kFastFixedLimit) rounded to the nearest integer, ties
-// to even, from its exact value p + e. The fraction f of p is exact, and
-// f - 1/2 is a multiple of p's last unit, at least twice |e| unless zero:
-// e only decides a fraction of exactly one half.
+// to even. The exact product lies within half a unit of p, and no half-integer
+// can lie strictly between them (it would be a closer double), so the product
+// rounds like p unless p is itself a half-integer: then the remainder decides,
+// and only a remainder of zero is a tie.
 std::int64_t roundedMicros(double x) {
-    if (x < kFixedZero) return 0;
-    double p, e;
-    scaleExactly(x, p, e);
-    std::int64_t n = static_cast<std::int64_t>(p);
-    const double f = p - static_cast<double>(n);
-    if (f > 0.5 || (f == 0.5 && (e > 0.0 || (e == 0.0 && (n & 1) != 0)))) n += 1;
-    return n;
+    const double p = x * kMicro;
+    double n = (p + kIntegerShift) - kIntegerShift;
+    if (std::fabs(n - p) == 0.5) {
+        const double e = scaleRemainder(x, p);
+        if (e > 0.0) n = p + 0.5;
+        if (e < 0.0) n = p - 0.5;
+    }
+    return static_cast<std::int64_t>(n);
 }
 
 // "00" to "99", for two digits at a time.
