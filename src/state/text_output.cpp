@@ -60,8 +60,16 @@ char* twoDigits(char* out, unsigned n) {
     return out + 2;
 }
 
-[[gnu::noinline]] char* wholeDigits(char* out, std::int64_t whole) {
-    return std::to_chars(out, out + 20, whole).ptr;
+// n in decimal, as many digits as it takes.
+[[gnu::noinline]] char* decimal(char* out, std::uint64_t n) {
+    char digits[20];
+    int k = sizeof digits;
+    do {
+        digits[--k] = static_cast<char>('0' + n % 10);
+        n /= 10;
+    } while (n != 0);
+    std::memcpy(out, digits + k, sizeof digits - k);
+    return out + (sizeof digits - k);
 }
 
 [[gnu::noinline]] int standardConversion(char* out, double x, std::chars_format how) {
@@ -96,7 +104,7 @@ char* reserve(TextOutput& out, int size) {
     } else if (whole < 100) {
         p = twoDigits(p, static_cast<unsigned>(whole));
     } else {
-        p = wholeDigits(p, whole);
+        p = decimal(p, static_cast<std::uint64_t>(whole));
     }
     *p++ = '.';
     p = twoDigits(p, micros / 10000);
@@ -119,7 +127,8 @@ void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
         std::vprintf(fmt, ap);
         return;
     }
-    for (const char* c = fmt; *c != '\0'; ++c) {
+    const char* c = fmt;
+    while (*c != '\0') {
         if (*c != '%') {
             // The literal text up to the next conversion.
             char* to = out.text + out.length;
@@ -132,7 +141,7 @@ void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
                 *to++ = *c;
             }
             out.length = static_cast<int>(to - out.text);
-            if (*c == '\0') break;
+            continue;
         }
         switch (c[1]) {
             case 'f':
@@ -155,7 +164,7 @@ void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
                 std::vprintf(c, ap);
                 return;
         }
-        ++c;
+        c += 2;
     }
 }
 
@@ -165,7 +174,12 @@ int formatFixed(char* out, double x) { return fixedText(out, x); }
 
 int formatExp(char* out, double x) { return standardConversion(out, x, std::chars_format::scientific); }
 
-int formatInt(char* out, int x) { return static_cast<int>(std::to_chars(out, out + kMaxNumberText, x).ptr - out); }
+int formatInt(char* out, int x) {
+    char* p = out;
+    if (x < 0) *p++ = '-';
+    const std::int64_t wide = x;  // INT_MIN has a magnitude here
+    return static_cast<int>(decimal(p, static_cast<std::uint64_t>(wide < 0 ? -wide : wide)) - out);
+}
 
 void beginText(TextOutput& out) {
     out.length = 0;
