@@ -219,21 +219,22 @@ template <typename OtherCall>
     int c = r.secCursor;
     while (c < points && t > times[c]) ++c;
     if (c >= points) return other();
+    int period = r.sampleCount;
+    nextPeriod(period);
+    const int finished = periodTime(period) >= times[points - 1] ? 1 : 0;
+    r.sampleCount = period;
+    r.secCursor = c;
+    count = 1;
 
-    const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
+    const double t0 = times[c - 1], a0 = r.secAcc[c - 1];
     const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
     const double dA = r.secAcc[c] - a0;
-    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (times[c] - t0);
     const double tau = t - t0;
     const double halfTau2 = tau * tau / 2.0;
     acc[0] = a0 + jerk * tau;
     vel[0] = v0 + a0 * tau + jerk * halfTau2;
     pos[0] = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
-    countPeriod(r);
-    r.secCursor = c;
-    count = 1;
-
-    const int finished = periodTime(r.sampleCount) >= r.secTime[points - 1] ? 1 : 0;
     if (finished || axis == 0) return finishOneSample(st, r, axis, finished, pos);
     return 0;
 }
