@@ -11,6 +11,7 @@
 #include "api/plan_check.h"
 #include "api/sampler.h"
 #include "planner/planning_pass.h"
+#include "state/text_output.h"
 #include "vekta/vekta.h"
 
 namespace vekta {
@@ -26,7 +27,7 @@ constexpr int kRefusalMessageSize = 256;
 bool acceptAxisCount(PlannerState& st, int n) {
     st.newPlan = true;
     if (n != kMaxAxes && n != 1) {
-        std::printf("vekta: incorrect freedom number-%d!\n", n);
+        printText("vekta: incorrect freedom number-%d!\n", n);
         st.planFailed = true;
         return false;
     }
@@ -78,10 +79,13 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
     st.planMode = kPositionPlan;
 
     const AxisPlan& r0 = st.records[0];
-    std::printf("posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
-                r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
-    for (int i = 0; i < printablePoints(r0); ++i) std::printf("(%f %f)", r0.secAcc[i], r0.secTime[i]);
-    std::printf("\n");
+    TextOutput out;
+    beginText(out);
+    appendText(out, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
+               r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
+    for (int i = 0; i < printablePoints(r0); ++i) appendText(out, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
+    appendText(out, "\n");
+    writeText(out);
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);
@@ -98,8 +102,8 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
     st.planMode = kVelocityPlan;
 
     const AxisPlan& r0 = st.records[0];
-    std::printf("velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
-                r0.curAcc, r0.inv);
+    printText("velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
+              r0.curAcc, r0.inv);
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);
@@ -124,8 +128,8 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     const double travel = leftMoveTime(st) * conveyorVel;
     if (tgtPos[0] + travel >= conveyorLimit) {
         st.planMode = kConveyorRefusedPlan;
-        std::printf("vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
-                    conveyorLimit);
+        printText("vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
+                  conveyorLimit);
         return false;
     }
 

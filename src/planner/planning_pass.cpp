@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "state/text_output.h"
 #include "step1/step1_solvers.h"
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"
@@ -44,7 +45,7 @@ double lastTime(const AxisPlan& r) { return r.secTime[r.pointCount - 1]; }
 // (sampler, getLeftMoveTime, the plan check) stays in bounds.
 bool curveFits(AxisPlan& r, int axis) {
     if (r.pointCount <= kMaxPoints) return true;
-    std::printf("curve overflow:id %d points %d\n", axis, r.pointCount);
+    printText("curve overflow:id %d points %d\n", axis, r.pointCount);
     r.pointCount = kMaxPoints;
     return false;
 }
@@ -152,14 +153,14 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     r.remTime = maxT - lastTime(r);
     walkStep2(st, *tb.step2Tree, r);
     if (!curveFits(r, axis)) {
-        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        printText("step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
 
     const int id = r.step2Profile;
     if (id > kStep2LastProfile) {
-        std::printf("step2 error: mStep2 %d profile %d\n", 0, id);
-        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        printText("step2 error: mStep2 %d profile %d\n", 0, id);
+        printText("step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
     // An odd id is the even shape solved on the mirrored state.
@@ -175,7 +176,7 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     const bool fits = curveFits(r, axis);
     if (fits) r.secPos[r.pointCount - 1] = r.tgtPos;  // pinned exactly on the target
     if (!ok || !fits) {
-        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        printText("step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
     return true;
@@ -202,7 +203,7 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         ok = curveFits(r, axis) && ok;
     }
     if (!ok) {
-        std::printf("step2 error:ts %f idx %d\n", maxT, axis);
+        printText("step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
     return true;
@@ -211,16 +212,19 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
 // Velocity mode: how far each axis's end time lies from axis 0's.
 void reportVelocityEndTimes(const PlannerState& st, double maxT) {
     const double t0 = lastTime(st.records[0]);
-    std::printf("Vel Time: max %f %f\t", maxT, t0);
+    TextOutput out;
+    beginText(out);
+    appendText(out, "Vel Time: max %f %f\t", maxT, t0);
     for (int i = 1; i < st.axisCount; ++i) {
         const double t = lastTime(st.records[i]);
         if (std::fabs(t0 - t) > kEndTimeReportTolerance) {
-            std::printf("diffs %f\t", t);
+            appendText(out, "diffs %f\t", t);
         } else {
-            std::printf("%f\t", t);
+            appendText(out, "%f\t", t);
         }
     }
-    std::printf("\n");
+    appendText(out, "\n");
+    writeText(out);
 }
 
 }  // namespace
@@ -245,7 +249,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
         r.planTime = 0.0;
         const bool ok = positionMode ? planStep1Position(st, tb, r, i) : planStep1Velocity(st, tb, r, i);
         if (!ok) {
-            std::printf("step1 error:%d\n", i);
+            printText("step1 error:%d\n", i);
             return false;
         }
         const double t = lastTime(r);
@@ -258,7 +262,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
     // Phase 2: the other axes of a six-axis plan end together with the slowest.
     if (st.axisCount == kMaxAxes) {
         if (st.traceOn) {
-            std::printf("step1:ts %f idx %d\n", maxT, st.slowestAxis);
+            printText("step1:ts %f idx %d\n", maxT, st.slowestAxis);
             std::puts("--------------------");
         }
         for (int i = 0; i < kMaxAxes; ++i) {

@@ -114,8 +114,10 @@ inline void countEvent(int& counter) {
     if (counter < 0x7fffffff) counter += 1;
 }
 
-// The process-wide state behind the exported functions.
-PlannerState& defaultState();
+// The process-wide state behind the exported functions: static storage, zero
+// at load, alive for the life of the process.
+extern PlannerState processState;
+inline PlannerState& defaultState() { return processState; }
 
 // Curve capacity guard. Every point writer below stores nothing at an index
 // beyond the arrays (it still counts the point, so pointCount > kMaxPoints
