@@ -9,6 +9,12 @@
 // motion of the set (its fastest repetition) and the slowest single call
 // (which also carries the machine's interrupts).
 //
+// The benchmarks that the speed targets name carry them as their label: the
+// six-axis update from rest and from moving starts (the mean, and the max as
+// both the slowest motion and the slowest call), the single-axis update, the
+// six-axis stop, and the sampling of six-axis motions (ns per sample, that is
+// per axis and period).
+//
 // The library prints on every update; its standard output goes to /dev/null
 // here, the report to the original standard output. The output:off rows plan
 // on a planner of their own whose output is switched off, which skips the
@@ -76,8 +82,23 @@ bool plan(const Motion& m) {
 
 double seconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
 
+// The targets, by benchmark name.
+const char* targetOf(const std::string& name) {
+    static const char* const targets[][2] = {
+        {"plan/position/axes:1/start:all", "target: mean <= 0.5 us"},
+        {"plan/position/axes:6/start:rest", "target: mean <= 4.5 us, max <= 40 us"},
+        {"plan/position/axes:6/start:moving", "target: mean <= 4.5 us, max <= 40 us"},
+        {"plan/stop/axes:6/start:all", "target: mean <= 1.0 us"},
+        {"sample/position/axes:6/start:all", "target: <= 5 ns per sample"},
+    };
+    for (const auto& t : targets) {
+        if (name == t[0]) return t[1];
+    }
+    return "";
+}
+
 // One iteration plans one motion of the set, in turn.
-void planTimes(benchmark::State& state, const std::vector<Motion>& set) {
+void planTimes(benchmark::State& state, const std::vector<Motion>& set, const char* target) {
     std::vector<double> best(set.size(), 1e300);
     double total = 0.0, slowestCall = 0.0;
     std::size_t k = 0;
@@ -106,13 +127,14 @@ void planTimes(benchmark::State& state, const std::vector<Motion>& set) {
     state.counters["worst_motion_us"] = worst * 1e6;
     state.counters["slowest_call_us"] = slowestCall * 1e6;
     state.counters["motions"] = timed;
+    state.SetLabel(target);
 }
 
 // The same with recovery mode on: the plan check after every update, and a
 // second attempt for the axes whose plan fails by default.
 void planTimesRecovering(benchmark::State& state, const std::vector<Motion>& set) {
     vektaSetRecovery(true);
-    planTimes(state, set);
+    planTimes(state, set, "");
     vektaSetRecovery(false);
 }
 
@@ -120,14 +142,14 @@ void planTimesRecovering(benchmark::State& state, const std::vector<Motion>& set
 void planTimesOutputOff(benchmark::State& state, const std::vector<Motion>& set) {
     quietPlanner = vektaPlannerCreate();
     vektaPlannerOutputOff(quietPlanner);
-    planTimes(state, set);
+    planTimes(state, set, "");
     vektaPlannerDestroy(quietPlanner);
     quietPlanner = nullptr;
 }
 
 // One iteration samples one planned motion of the set to its end, every axis
 // once per period; the update before it is not timed.
-void sampleTimes(benchmark::State& state, const std::vector<Motion>& set) {
+void sampleTimes(benchmark::State& state, const std::vector<Motion>& set, const char* target) {
     double total = 0.0;
     long samples = 0;
     std::size_t k = 0;
@@ -155,6 +177,7 @@ void sampleTimes(benchmark::State& state, const std::vector<Motion>& set) {
     }
     state.SetItemsProcessed(samples);
     state.counters["ns_per_sample"] = total / static_cast<double>(samples) * 1e9;
+    state.SetLabel(target);
 }
 
 void registerAll() {
@@ -164,7 +187,8 @@ void registerAll() {
         for (int s = 0; s < 4; ++s) {
             sets.push_back(drawSet(axes, Mode::Position, static_cast<Starts>(s)));
             const std::string name = "plan/position/axes:" + std::to_string(axes) + "/start:" + startNames[s];
-            benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()))
+            benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()),
+                                         targetOf(name))
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
             benchmark::RegisterBenchmark((name + "/recovery").c_str(), planTimesRecovering, std::cref(sets.back()))
@@ -179,7 +203,7 @@ void registerAll() {
     for (int axes : {1, 6}) {
         sets.push_back(drawSet(axes, Mode::Velocity, Starts::All));
         const std::string name = "plan/stop/axes:" + std::to_string(axes) + "/start:all";
-        benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()))
+        benchmark::RegisterBenchmark(name.c_str(), planTimes, std::cref(sets.back()), targetOf(name))
             ->UseManualTime()
             ->Unit(benchmark::kMicrosecond);
         benchmark::RegisterBenchmark((name + "/recovery").c_str(), planTimesRecovering, std::cref(sets.back()))
@@ -189,7 +213,7 @@ void registerAll() {
     for (int axes : {1, 6}) {
         sets.push_back(drawSet(axes, Mode::Position, Starts::All));
         const std::string name = "sample/position/axes:" + std::to_string(axes) + "/start:all";
-        benchmark::RegisterBenchmark(name.c_str(), sampleTimes, std::cref(sets.back()))
+        benchmark::RegisterBenchmark(name.c_str(), sampleTimes, std::cref(sets.back()), targetOf(name))
             ->UseManualTime()
             ->Unit(benchmark::kMicrosecond);
     }
@@ -202,7 +226,7 @@ void registerAll() {
     }
     sets.push_back(upwards);
     benchmark::RegisterBenchmark("sample/position/axes:1/start:rest-from-zero-upwards", sampleTimes,
-                                 std::cref(sets.back()))
+                                 std::cref(sets.back()), "")
         ->UseManualTime()
         ->Unit(benchmark::kMicrosecond);
 }

@@ -8,12 +8,12 @@ using vekta::defaultState;
 
 int vektaPositionModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {
-    return vekta::samplePlan(defaultState(), axis, nSamples, pos, vel, acc, count);
+    return vekta::sampleDefault(axis, nSamples, pos, vel, acc, count);
 }
 
 int vektaVelocityModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {
-    return vekta::samplePlan(defaultState(), axis, nSamples, pos, vel, acc, count);
+    return vekta::sampleDefault(axis, nSamples, pos, vel, acc, count);
 }
 
 double getLeftMoveTime() { return vekta::leftMoveTime(defaultState()); }

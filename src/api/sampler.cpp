@@ -11,6 +11,7 @@
 #include <cstdio>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 
 namespace vekta {
 
@@ -27,9 +28,11 @@ double periodTime(int period) { return period * CYCLE_TIME; }
 // neither it nor the next period's number ever overflows.
 constexpr int kLastPeriod = INT_MAX - 1;
 
-void countPeriod(AxisPlan& r) {
-    if (r.sampleCount < kLastPeriod) r.sampleCount += 1;
+void nextPeriod(int& period) {
+    if (period < kLastPeriod) period += 1;
 }
+
+void countPeriod(AxisPlan& r) { nextPeriod(r.sampleCount); }
 
 // Report every section of every planned axis whose end time lies more than the
 // tolerance before its start time. Only a report: sampling goes on.
@@ -39,7 +42,7 @@ void validateSectionTimes(const PlannerState& st) {
         for (int i = 1; i < r.pointCount && i < kMaxPoints; ++i) {
             if (r.secTime[i - 1] - kTimeBackTolerance > r.secTime[i]) {
                 printTo(&st.output, "wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
-                        r.secTime[i]);
+                          r.secTime[i]);
             }
         }
     }
@@ -51,13 +54,16 @@ void validateSectionTimes(const PlannerState& st) {
 void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished,
                      const double* pos, const double* vel, const double* acc) {
     if (std::fabs(st.lastFirstPos) > std::fabs(pos[0]) || pos[0] < 0.0) {
-        printTo(&st.output, "s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
-                st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
-        printTo(&st.output, "acc curve:(a, t)=");
+        TextOutput out;
+        beginText(out, &st.output);
+        appendText(out, "s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
+                   st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
+        appendText(out, "acc curve:(a, t)=");
         for (int i = 0; i < r.pointCount && i < kMaxPoints; ++i) {
-            printTo(&st.output, "(%f,%f)", r.secAcc[i], r.secTime[i]);
+            appendText(out, "(%f,%f)", r.secAcc[i], r.secTime[i]);
         }
-        printTo(&st.output, "\n");
+        appendText(out, "\n");
+        writeText(out);
     }
     st.lastFirstPos = pos[0];
 }
@@ -78,6 +84,44 @@ void trackNoStop(PlannerState& st, int finished) {
     }
 }
 
+// The first sampling call after an update forgets the last plan's sampling
+// memory and reports sections whose time goes back.
+[[gnu::noinline]] void startSampling(PlannerState& st) {
+    st.newPlan = false;
+    st.lastFirstPos = 0.0;
+    st.noStopPending = false;
+    validateSectionTimes(st);
+}
+
+// Past the curve's last point: the end state, once per call, after the k
+// samples already written (the period counter keeps running). Returns the
+// count of the call.
+[[gnu::noinline]] int sampleEndState(AxisPlan& r, int k, int c, double t, double* pos, double* vel,
+                                     double* acc) {
+    const int last = lastIndex(r);
+    acc[k] = 0.0;
+    vel[k] = r.tgtVel;
+    pos[k] = r.secPos[last];
+    countPeriod(r);
+    if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
+    return k + 1;
+}
+
+// What a sampling call reports and tracks besides its samples: the end of an
+// axis's curve, a single-axis plan falling back, axis 0 not stopping.
+[[gnu::noinline]] void afterSampling(PlannerState& st, const AxisPlan& r, int axis, int finished,
+                                     int count, const double* pos, const double* vel,
+                                     const double* acc) {
+    if (count > 0 && finished) {
+        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+                  r.secTime[lastIndex(r)]);
+    }
+    if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
+        reportOvershoot(st, r, axis, finished, pos, vel, acc);
+    }
+    if (axis == 0) trackNoStop(st, finished);
+}
+
 }  // namespace
 
 double leftMoveTime(const PlannerState& st) {
@@ -86,77 +130,126 @@ double leftMoveTime(const PlannerState& st) {
     return left > 0.0 ? left : 0.0;
 }
 
-int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
-               int& count) {
+namespace {
+
+// samplePlan, every case.
+[[gnu::noinline]] int sampleAnyCall(PlannerState& st, int axis, int nSamples, double* pos,
+                                    double* vel, double* acc, int& count) {
     count = 0;
-    if (st.newPlan) {
-        st.newPlan = false;
-        st.lastFirstPos = 0.0;
-        st.noStopPending = false;
-        validateSectionTimes(st);
-    }
+    if (st.newPlan) startSampling(st);
     if (st.planFailed) return 0;
     if (axis >= st.axisCount || axis < 0) return 0;
 
     AxisPlan& r = st.records[axis];
-    const int last = lastIndex(r);
-    int c = r.secCursor;
-
-    if (nSamples > 0) {
-        int k = 0;
-        bool curveEnded = false;
-        double t = 0.0;
-        while (k < nSamples) {
-            t = periodTime(r.sampleCount + 1);
-            if (c >= r.pointCount) {
-                curveEnded = true;
-                break;
-            }
-            // Strictly greater: a time exactly on a point is sampled in the
-            // section that ends there, and zero-length sections are skipped.
-            while (t > r.secTime[c]) {
-                if (++c >= r.pointCount) break;
-            }
-            if (c >= r.pointCount) {
-                curveEnded = true;
-                break;
-            }
-            const double dA = r.secAcc[c] - r.secAcc[c - 1];
-            const double jerk =
-                std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - r.secTime[c - 1]);
-            const double tau = t - r.secTime[c - 1];
-            const double halfTau2 = tau * tau / 2.0;
-            acc[k] = r.secAcc[c - 1] + jerk * tau;
-            vel[k] = r.secVel[c - 1] + r.secAcc[c - 1] * tau + jerk * halfTau2;
-            pos[k] = r.secPos[c - 1] + r.secVel[c - 1] * tau + r.secAcc[c - 1] * halfTau2 +
-                     jerk * (halfTau2 * tau / 3.0);
-            countPeriod(r);
-            r.secCursor = c;
-            k += 1;
+    const int points = r.pointCount;
+    int period = r.sampleCount;
+    int cursor = r.secCursor;
+    int c = cursor;
+    int k = 0;
+    bool curveEnded = false;
+    double t = 0.0;
+    while (k < nSamples) {
+        t = periodTime(period + 1);
+        // Strictly greater: a time exactly on a point is sampled in the
+        // section that ends there, and zero-length sections are skipped.
+        while (c < points && t > r.secTime[c]) ++c;
+        if (c >= points) {
+            curveEnded = true;
+            break;
         }
-        if (curveEnded) {
-            // The end state, once per call; the period counter keeps running.
-            acc[k] = 0.0;
-            vel[k] = r.tgtVel;
-            pos[k] = r.secPos[last];
-            countPeriod(r);
-            if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
-            count = k + 1;
-        } else {
-            count = k;
-        }
+        // The section from point c - 1 to point c.
+        const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
+        const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
+        const double dA = r.secAcc[c] - a0;
+        const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+        const double tau = t - t0;
+        const double halfTau2 = tau * tau / 2.0;
+        acc[k] = a0 + jerk * tau;
+        vel[k] = v0 + a0 * tau + jerk * halfTau2;
+        pos[k] = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
+        nextPeriod(period);
+        cursor = c;
+        k += 1;
     }
+    r.sampleCount = period;
+    r.secCursor = cursor;
+    count = curveEnded ? sampleEndState(r, k, c, t, pos, vel, acc) : k;
 
-    const int finished = periodTime(r.sampleCount) >= r.secTime[last] ? 1 : 0;
-    if (count > 0 && finished) {
+    const int finished = periodTime(r.sampleCount) >= r.secTime[points > 0 ? points - 1 : 0] ? 1 : 0;
+    if ((count > 0 && finished) || st.axisCount == 1 || axis == 0) {
+        afterSampling(st, r, axis, finished, count, pos, vel, acc);
+    }
+    return finished;
+}
+
+// The end of a call that took one sample in the middle of a six-axis curve:
+// the reports such a call can make, in their order, and its result.
+[[gnu::noinline]] int finishOneSample(PlannerState& st, const AxisPlan& r, int axis, int finished,
+                                      const double* pos) {
+    if (finished) {
         printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
-                r.secTime[last]);
-    }
-    if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
-        reportOvershoot(st, r, axis, finished, pos, vel, acc);
+                  r.secTime[lastIndex(r)]);
     }
     if (axis == 0) trackNoStop(st, finished);
     return finished;
+}
+
+[[gnu::noinline]] int sampleAnyDefault(int axis, int nSamples, double* pos, double* vel,
+                                       double* acc, int& count) {
+    return sampleAnyCall(defaultState(), axis, nSamples, pos, vel, acc, count);
+}
+
+// The call a controller makes for every axis in every period: one sample,
+// inside the curve of a six-axis plan, no report due. It does what
+// sampleAnyCall does for it, without a stack frame; anything else (and a
+// sample past the curve's end) goes to `other` (sampleAnyCall) before
+// touching the state.
+template <typename OtherCall>
+[[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
+                                             double* vel, double* acc, int& count,
+                                             const OtherCall& other) {
+    if (nSamples != 1 || st.newPlan || st.planFailed || st.axisCount != kMaxAxes || axis < 0 ||
+        axis >= kMaxAxes) {
+        return other();
+    }
+    AxisPlan& r = st.records[axis];
+    const int points = r.pointCount;
+    const double t = periodTime(r.sampleCount + 1);
+    const double* times = r.secTime;
+    int c = r.secCursor;
+    while (c < points && t > times[c]) ++c;
+    if (c >= points) return other();
+    int period = r.sampleCount;
+    nextPeriod(period);
+    const int finished = periodTime(period) >= times[points - 1] ? 1 : 0;
+    r.sampleCount = period;
+    r.secCursor = c;
+    count = 1;
+
+    const double t0 = times[c - 1], a0 = r.secAcc[c - 1];
+    const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
+    const double dA = r.secAcc[c] - a0;
+    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (times[c] - t0);
+    const double tau = t - t0;
+    const double halfTau2 = tau * tau / 2.0;
+    acc[0] = a0 + jerk * tau;
+    vel[0] = v0 + a0 * tau + jerk * halfTau2;
+    pos[0] = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
+    if (finished || axis == 0) return finishOneSample(st, r, axis, finished, pos);
+    return 0;
+}
+
+}  // namespace
+
+int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
+               int& count) {
+    return sampleAxis(st, axis, nSamples, pos, vel, acc, count,
+                      [&] { return sampleAnyCall(st, axis, nSamples, pos, vel, acc, count); });
+}
+
+int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count) {
+    return sampleAxis(defaultState(), axis, nSamples, pos, vel, acc, count,
+                      [&] { return sampleAnyDefault(axis, nSamples, pos, vel, acc, count); });
 }
 
 }  // namespace vekta

@@ -11,6 +11,9 @@ namespace vekta {
 int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
                int& count);
 
+// samplePlan on defaultState(), for the exported sampling functions.
+int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count);
+
 // Time axis 0's plan still has to run, never negative.
 double leftMoveTime(const PlannerState& st);
 

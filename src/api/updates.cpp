@@ -11,6 +11,7 @@
 #include "api/plan_check.h"
 #include "api/sampler.h"
 #include "planner/planning_pass.h"
+#include "state/text_output.h"
 #include "vekta/vekta.h"
 
 namespace vekta {
@@ -80,10 +81,13 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
 
     const AxisPlan& r0 = st.records[0];
     if (outputOn(&st.output)) {  // off: not even the loop over the points
-        printTo(&st.output, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos,
-                r0.curPos, r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
-        for (int i = 0; i < printablePoints(r0); ++i) printTo(&st.output, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
-        printTo(&st.output, "\n");
+        TextOutput out;
+        beginText(out, &st.output);
+        appendText(out, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
+                   r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
+        for (int i = 0; i < printablePoints(r0); ++i) appendText(out, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
+        appendText(out, "\n");
+        writeText(out);
     }
 
     st.planFailed = !ok;
@@ -102,7 +106,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
 
     const AxisPlan& r0 = st.records[0];
     printTo(&st.output, "velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
-            r0.curAcc, r0.inv);
+              r0.curAcc, r0.inv);
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);
@@ -128,7 +132,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     if (tgtPos[0] + travel >= conveyorLimit) {
         st.planMode = kConveyorRefusedPlan;
         printTo(&st.output, "vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
-                conveyorLimit);
+                  conveyorLimit);
         return false;
     }
 

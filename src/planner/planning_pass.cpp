@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "state/text_output.h"
 #include "step1/step1_solvers.h"
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"
@@ -211,16 +212,19 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
 // Velocity mode: how far each axis's end time lies from axis 0's.
 void reportVelocityEndTimes(const PlannerState& st, double maxT) {
     const double t0 = lastTime(st.records[0]);
-    printTo(&st.output, "Vel Time: max %f %f\t", maxT, t0);
+    TextOutput out;
+    beginText(out, &st.output);
+    appendText(out, "Vel Time: max %f %f\t", maxT, t0);
     for (int i = 1; i < st.axisCount; ++i) {
         const double t = lastTime(st.records[i]);
         if (std::fabs(t0 - t) > kEndTimeReportTolerance) {
-            printTo(&st.output, "diffs %f\t", t);
+            appendText(out, "diffs %f\t", t);
         } else {
-            printTo(&st.output, "%f\t", t);
+            appendText(out, "%f\t", t);
         }
     }
-    printTo(&st.output, "\n");
+    appendText(out, "\n");
+    writeText(out);
 }
 
 }  // namespace

@@ -1,8 +1,28 @@
-// The root finder shared by the step-1 and step-2 solvers.
+// The root finder shared by the step-1 and step-2 solvers: bisection and
+// Anderson-Bjorck regula falsi.
+//
+// Each iteration first halves the bracket (which guarantees progress however
+// badly the residual is shaped) and then takes one secant step through the two
+// ends. When the secant step lands on the same side as the newest end twice in
+// a row, plain regula falsi would keep the other end forever; Anderson-Bjorck
+// scales the retained end's value down instead (w = 1 - fx/fb, or one half
+// when that is not positive), so the secant is pulled across the root.
+//
+// The initial ends are probed slightly inside the bracket, and the probed value
+// stands for the end itself; this decides which end is returned when both ends
+// already meet the tolerance. The final acceptance after the bracket has
+// shrunk compares the kept residual with its sign, on purpose.
+//
+// The iteration is a template over the residual, so that a solver can hand it
+// a residual with the shape's fixed parts worked out once per solve and have
+// it inlined; abkSolve is the same iteration over a plain residual function.
 #ifndef VEKTA_SOLVERS_ABK_H
 #define VEKTA_SOLVERS_ABK_H
 
+#include <cmath>
+
 #include "state/planner_state.h"
+#include "state/text_output.h"
 
 namespace vekta {
 
@@ -19,6 +39,110 @@ constexpr int ABK_MAX_ITER = 101;
 // false on failure, with *out holding the fallback value of the failing path
 // (untouched when lo > hi). Clears rec.writeSections first.
 bool abkSolve(AxisPlan& rec, Step2Residual residual, double* out, double lo, double hi);
+
+namespace abk_detail {
+
+constexpr double kProbeShift = 1e-8;
+constexpr double kAcceptLimit = 1e-4;  // signed: any negative kept residual passes
+constexpr double kFallbackWeight = 0.5;
+
+// The two ends of the bracket. `fa` may be a weighted value rather than the
+// true residual at `a`; `b` is always the newest point.
+struct Bracket {
+    double a, b, fa, fb;
+};
+
+}  // namespace abk_detail
+
+// abkSolve over any residual callable as residual(x) (x a double); rec is
+// only used for its writeSections flag.
+template <typename Residual>
+bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double lo, double hi) {
+    using namespace abk_detail;
+    rec.writeSections = 0;
+    if (lo > hi) {
+        printTo(rec.sink, "abk:error input %f %f\n", lo, hi);
+        return false;
+    }
+
+    // The ends are probed slightly inside; the probe stands for its end.
+    Bracket br{lo, hi, 0.0, 0.0};
+    {
+        const double d = lo < hi ? kProbeShift : -kProbeShift;
+        const double f1 = residual(lo + d);
+        const double f2 = residual(hi - d);
+        if (std::fabs(f2) > std::fabs(f1)) {
+            br.fa = residual(lo);
+            br.fb = f2;
+        } else {
+            br.fa = f1;
+            br.fb = residual(hi);
+        }
+    }
+
+    for (int iter = 0; iter < ABK_MAX_ITER; ++iter) {
+        if (std::fabs(br.fa) < ABK_TOL) {
+            *out = br.a;
+            return true;
+        }
+        if (std::fabs(br.fb) < ABK_TOL) {
+            *out = br.b;
+            return true;
+        }
+        if (br.fa * br.fb > 0.0) {  // no sign change: nothing to bracket
+            *out = (br.a + br.b) / 2.0;
+            return false;
+        }
+
+        // Bisection; keep the half with the sign change, newest point in b.
+        const double m = (br.a + br.b) * 0.5;
+        const double fm = residual(m);
+        if (std::fabs(fm) < ABK_TOL) {
+            *out = m;
+            return true;
+        }
+        if (br.fb * fm < 0.0) {
+            br.a = br.b;
+            br.fa = br.fb;
+        }
+        br.b = m;
+        br.fb = fm;
+
+        // Secant step through both ends.
+        const double slope = (br.fa - br.fb) / (br.a - br.b);
+        const double x = br.b - br.fb / slope;
+        const double fx = residual(x);
+        if (std::fabs(fx) < ABK_TOL) {
+            *out = x;
+            return true;
+        }
+        if (br.fb * fx < 0.0) {
+            br.a = br.b;
+            br.fa = br.fb;
+        } else {
+            // Same side twice: weight the retained end down (Anderson-Bjorck).
+            double w = 1.0 - fx / br.fb;
+            if (!(w > 0.0)) w = kFallbackWeight;
+            br.fa = br.fa * w;
+        }
+        br.b = x;
+        br.fb = fx;
+
+        if (std::fabs(br.b - br.a) <= ABK_TOL) {
+            const bool keepA = std::fabs(br.fb) > std::fabs(br.fa);
+            const double kept = keepA ? br.a : br.b;
+            const double keptResidual = keepA ? br.fa : br.fb;
+            *out = kept;
+            if (keptResidual < kAcceptLimit) return true;
+            printTo(rec.sink, "ABK fail with error: %f", keptResidual);
+            return false;
+        }
+    }
+
+    printTo(rec.sink, "abk timeout %f %f\n", br.a, br.b);
+    *out = (lo + hi) * 0.5;
+    return false;
+}
 
 }  // namespace vekta
 

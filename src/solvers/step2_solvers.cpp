@@ -26,6 +26,7 @@
 #include <cstdio>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 
 namespace vekta {
 
@@ -37,10 +38,10 @@ constexpr double kRootGuardSquare = 1e-100;
 
 constexpr int kMaxShapePoints = 7;
 
-// The state along a shape (time t from the shape's start) and the point at the
-// end of every section walked so far.
-struct ShapeWalk {
-    double t, a, v, p;
+// The point at the end of every section walked so far, kept only when the
+// shape is to be written (a trial of the root finder needs just the end
+// position).
+struct ShapePoints {
     int n;
     double time[kMaxShapePoints];
     double acc[kMaxShapePoints];
@@ -48,41 +49,60 @@ struct ShapeWalk {
     double pos[kMaxShapePoints];
 };
 
-ShapeWalk startWalk(const AxisPlan& rec) {
-    ShapeWalk w{};
-    w.a = rec.curAcc;
-    w.v = rec.curVel;
-    w.p = rec.curPos;
-    return w;
+// The state along a shape, time t from the shape's start; `points` is null
+// unless the shape is being written. The memory keeps the last cube taken
+// (from rest, a Tri-first shape's rise and fall last equally long).
+struct ShapeWalk {
+    double t, a, v, p;
+    ShapePoints* points;
+    CubeMemo memo;
+};
+
+// A walk from the record's state, recording its points into `points` when
+// the record asks for its sections to be written.
+ShapeWalk startWalk(const AxisPlan& rec, ShapePoints& points) {
+    points.n = 0;
+    return {0.0, rec.curAcc, rec.curVel, rec.curPos, rec.writeSections == 1 ? &points : nullptr, CubeMemo{}};
 }
 
 void markPoint(ShapeWalk& w) {
-    w.time[w.n] = w.t;
-    w.acc[w.n] = w.a;
-    w.vel[w.n] = w.v;
-    w.pos[w.n] = w.p;
-    ++w.n;
+    ShapePoints* pts = w.points;
+    if (pts == nullptr) return;
+    pts->time[pts->n] = w.t;
+    pts->acc[pts->n] = w.a;
+    pts->vel[pts->n] = w.v;
+    pts->pos[pts->n] = w.p;
+    ++pts->n;
 }
 
 // A section of duration d at jerk j. Its end acceleration aEnd (= a + j d) is
-// passed exactly, so that levels such as A or zero are stored exactly.
-void section(ShapeWalk& w, double d, double j, double aEnd) {
-    w.p += w.v * d + w.a * d * d / 2.0 + j * cube(d) / 6.0;
+// passed exactly, so that levels such as A or zero are stored exactly. share
+// is jerkShare(j, d), worked out by the caller when it serves more than once.
+[[gnu::always_inline]] inline void section(ShapeWalk& w, double d, double j, double share, double aEnd) {
+    w.p += w.v * d + w.a * d * d / 2.0 + share;
     w.v += w.a * d + j * d * d / 2.0;
     w.a = aEnd;
     w.t += d;
     markPoint(w);
 }
 
+[[gnu::always_inline]] inline void section(ShapeWalk& w, double d, double j, double aEnd) {
+    section(w, d, j, jerkShare(j, d, w.memo), aEnd);
+}
+
 // The closing ramp: duration d at jerk j down to zero acceleration, ending at
 // time T with velocity vt. Integrated backwards from that end, it covers
-// vt d + j d^3 / 6.
-void finalRamp(ShapeWalk& w, double d, double j, double T, double vt) {
-    w.p += vt * d + j * cube(d) / 6.0;
+// vt d + j d^3 / 6 (share = jerkShare(j, d)).
+void finalRampShared(ShapeWalk& w, double d, double share, double T, double vt) {
+    w.p += vt * d + share;
     w.v = vt;
     w.a = 0.0;
     w.t = T;
     markPoint(w);
+}
+
+void finalRamp(ShapeWalk& w, double d, double j, double T, double vt) {
+    finalRampShared(w, d, jerkShare(j, d, w.memo), T, vt);
 }
 
 // Peak of a triangular pulse that changes the velocity by dv in its own
@@ -104,28 +124,31 @@ TriPeak triPeak(double radicand) {
 // ending the shape at (T, vt).
 void triTail(ShapeWalk& w, double dir, const TriPeak& tp, double J, double T, double vt) {
     const double d = tp.peak / J;
-    w.p += w.v * d + w.a * d * d / 2.0 + dir * J * cube(d) / 6.0;
+    const double d3 = cube(d);  // both halves last d
+    w.p += w.v * d + w.a * d * d / 2.0 + dir * J * d3 / 6.0;
     w.v += dir * tp.halfSquare / J;
     w.a = dir * tp.peak;
     w.t += d;
     markPoint(w);
-    finalRamp(w, d, -dir * J, T, vt);
+    finalRampShared(w, d, -dir * J * d3 / 6.0, T, vt);
 }
 
 // Write the walked points after the existing curve when asked to, and return
 // the end-position error. Every value is stored times inv, a zero
 // acceleration too (a mirrored one is stored as -0, like any other value).
-double finishShape(AxisPlan& rec, const ShapeWalk& w) {
-    if (rec.writeSections == 1) {
-        const int k = rec.pointCount;
-        const double t0 = rec.secTime[k - 1];
-        const double s = static_cast<double>(rec.inv);
-        for (int i = 0; i < w.n; ++i) {
-            storePoint(rec, k + i, t0 + w.time[i], w.acc[i], w.vel[i], w.pos[i], s);
-        }
-        rec.writeSections = 0;
-        rec.pointCount = k + w.n;
+[[gnu::noinline]] void writeShape(AxisPlan& rec, const ShapePoints& pts) {
+    const int k = rec.pointCount;
+    const double t0 = rec.secTime[k - 1];
+    const double s = static_cast<double>(rec.inv);
+    for (int i = 0; i < pts.n; ++i) {
+        storePoint(rec, k + i, t0 + pts.time[i], pts.acc[i], pts.vel[i], pts.pos[i], s);
     }
+    rec.writeSections = 0;
+    rec.pointCount = k + pts.n;
+}
+
+double finishShape(AxisPlan& rec, const ShapeWalk& w) {
+    if (w.points != nullptr) writeShape(rec, *w.points);
     return w.p - rec.tgtPos;
 }
 
@@ -144,17 +167,59 @@ double finishShape(AxisPlan& rec, const ShapeWalk& w) {
 
 enum class Pulse { Tri, Trap };
 
-double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse second) {
+// What a Zero-family shape does not owe to the trial value, worked out once
+// per solve by the very operations the residual would repeat for every trial:
+// the cube of a full ramp between 0 and +-A, and (Trap first) the state at
+// the end of the ramp a0 -> A.
+struct ZeroShape {
+    Pulse first;
+    double dir;
+    Pulse second;
+    double fallShare;    // jerkShare(-J, A / J): a Trap-first pulse's A -> 0
+    double pulseShares[2];  // jerkShare(dir J, A / J), jerkShare(-dir J, A / J): a Trap second pulse
+    double riseT, riseA, riseV, riseP;
+};
+
+ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir, Pulse second) {
+    const double a0 = rec.curAcc, A = rec.maxAcc, J = rec.maxJerk;
+    const double rampCube = cube(A / J);
+    ZeroShape s{first,
+                dir,
+                second,
+                -J * rampCube / 6.0,
+                {dir * J * rampCube / 6.0, -dir * J * rampCube / 6.0},
+                0.0,
+                0.0,
+                0.0,
+                0.0};
+    if (first == Pulse::Trap) {
+        ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, nullptr, CubeMemo{}};  // nothing recorded
+        section(w, (A - a0) / J, J, A);
+        s.riseT = w.t;
+        s.riseA = w.a;
+        s.riseV = w.v;
+        s.riseP = w.p;
+    }
+    return s;
+}
+
+double zeroShapeResidual(AxisPlan& rec, const ZeroShape& s, double x) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
+    const double dir = s.dir;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     double cruiseVel;
-    if (first == Pulse::Trap) {
-        section(w, (A - a0) / J, J, A);
+    if (s.first == Pulse::Trap) {
+        w.t = s.riseT;
+        w.a = s.riseA;
+        w.v = s.riseV;
+        w.p = s.riseP;
+        markPoint(w);
         const double hold = (x - w.v - A * A / (2.0 * J)) / A;
         section(w, hold, 0.0, A);
-        section(w, A / J, -J, 0.0);
+        section(w, A / J, -J, s.fallShare, 0.0);
         cruiseVel = x;
     } else {
         section(w, (x - a0) / J, J, x);
@@ -163,31 +228,46 @@ double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse
     }
 
     const double dv = dir * (vt - cruiseVel);
-    if (second == Pulse::Tri) {
+    if (s.second == Pulse::Tri) {
         const TriPeak tp = triPeak(dv * J);
         section(w, T - w.t - 2.0 * tp.peak / J, 0.0, 0.0);
         triTail(w, dir, tp, J, T, vt);
     } else {
         const double hold = dv / A - A / J;
         section(w, T - w.t - (2.0 * A / J + hold), 0.0, 0.0);
-        section(w, A / J, dir * J, dir * A);
+        section(w, A / J, dir * J, s.pulseShares[0], dir * A);
         section(w, hold, 0.0, dir * A);
-        finalRamp(w, A / J, -dir * J, T, vt);
+        finalRampShared(w, A / J, s.pulseShares[1], T, vt);
     }
     return finishShape(rec, w);
 }
 
+double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse second) {
+    return zeroShapeResidual(rec, zeroShapeOf(rec, first, dir, second), x);
+}
+
 // The common tail of every solver: find the root, write the shape for it.
-bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi,
+template <typename Residual>
+bool solveAndWrite(AxisPlan& rec, const Residual& residual, double lo, double hi,
                    const char* errorLine) {
     double x = 0.0;
-    if (!abkSolve(rec, residual, &x, lo, hi)) {
+    if (!abkSolveWith(rec, residual, &x, lo, hi)) {
         printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
     rec.writeSections = 1;
-    residual(rec, &x);
+    residual(x);
     return true;
+}
+
+bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi, const char* errorLine) {
+    return solveAndWrite(rec, [&rec, residual](double x) { return residual(rec, &x); }, lo, hi, errorLine);
+}
+
+bool solveZeroShape(AxisPlan& rec, Pulse first, double dir, Pulse second, double lo, double hi,
+                    const char* errorLine) {
+    const ZeroShape s = zeroShapeOf(rec, first, dir, second);
+    return solveAndWrite(rec, [&rec, &s](double x) { return zeroShapeResidual(rec, s, x); }, lo, hi, errorLine);
 }
 
 }  // namespace
@@ -249,7 +329,8 @@ double residualPosTrapHldNegLin(AxisPlan& rec, const double* xp) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (A - a0) / J, J, A);
     const double L = T - (2.0 * A - a0) / J;
     const double holdA = A - x > 0.0 ? (vt - w.v - A * A / (2.0 * J) - x * L) / (A - x) : 0.0;
@@ -270,7 +351,8 @@ double residualPosTriHldNegLin(AxisPlan& rec, const double* xp) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (x - a0) / J, J, x);
     const double hold = T - (2.0 * x - a0) / J;
     const double y = (vt - w.v - x * x / (2.0 * J)) / hold;
@@ -291,7 +373,8 @@ double residualNegLinHldPosTrap(AxisPlan& rec, const double* xp) {
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (a0 - x) / J, -J, x);
     const double L = T - (2.0 * A + a0 - 2.0 * x) / J;
     const double hold =
@@ -312,7 +395,8 @@ double residualNegLinHldPosTri(AxisPlan& rec, const double* xp) {
     const double v0 = rec.curVel, a0 = rec.curAcc, vt = rec.tgtVel;
     const double J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (a0 - x) / J, -J, x);
     const double u = T * J - a0;
     const double q = x + guardedRoot((vt - v0) * J - a0 * a0 / 2.0 - x * u);
@@ -332,7 +416,8 @@ double residualPosLinHldPosTri(AxisPlan& rec, const double* xp) {
     const double v0 = rec.curVel, a0 = rec.curAcc, vt = rec.tgtVel;
     const double J = rec.maxJerk, T = rec.remTime;
 
-    ShapeWalk w = startWalk(rec);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     section(w, (x - a0) / J, J, x);
     const double q = x + guardedRoot(x * x - x * (T * J + a0) + a0 * a0 / 2.0 + (vt - v0) * J);
     const double hold = T - (2.0 * q - a0) / J;
@@ -371,7 +456,8 @@ double residualPosLinHldPosTrap(AxisPlan& rec, const double* xp) {
     const double p4 = p3 + v3 * d4 + A * d4 * d4 / 2.0;
     const double pEnd = p4 + vt * (T - t4) - J * cube(T - t4) / 6.0;
 
-    ShapeWalk w{};
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
     const double times[5] = {t1, t2, t3, t4, T};
     const double accs[5] = {x, x, A, A, 0.0};
     const double vels[5] = {v1, v2, v3, v4, vt};
@@ -397,7 +483,7 @@ bool solveStep2PosTrapZeroNegTri(PlannerState&, AxisPlan& rec) {
     const double s = guardedRoot(a0 * A - a0 * a0 / 2.0 + (v0 - vt) * J + A * J * T);
     const double lo = std::max(vt, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
     const double hi = std::min({V, vt + A * A / J, vt + (s - A) * (s - A) / J});
-    return solveAndWrite(rec, residualPosTrapZeroNegTri, lo, hi, "step2_PTZNt error!");
+    return solveZeroShape(rec, Pulse::Trap, -1.0, Pulse::Tri, lo, hi, "step2_PTZNt error!");
 }
 
 bool solveStep2PosTriZeroNegTri(PlannerState&, AxisPlan& rec) {
@@ -432,7 +518,7 @@ bool solveStep2PosTriZeroNegTri(PlannerState&, AxisPlan& rec) {
     const double m = (TJ + a0) / 2.0;
     const double c = (m + (J * (vt - v0) + a0 * a0 / 2.0) / m) / 2.0;
     const double hi = std::min(h, c);
-    return solveAndWrite(rec, residualPosTriZeroNegTri, lo, hi, "step2_PtZNt error!");
+    return solveZeroShape(rec, Pulse::Tri, -1.0, Pulse::Tri, lo, hi, "step2_PtZNt error!");
 }
 
 bool solveStep2PosTrapZeroNegTrap(PlannerState&, AxisPlan& rec) {
@@ -442,7 +528,7 @@ bool solveStep2PosTrapZeroNegTrap(PlannerState&, AxisPlan& rec) {
     const double lo = std::max({-V, vt + A * A / J, v0 + (A * A - a0 * a0 / 2.0) / J});
     const double hi = std::min(
         V, (vt + v0 + T * A) / 2.0 - (a0 * a0 / 4.0 - a0 * A / 2.0 + A * A) / J);
-    return solveAndWrite(rec, residualPosTrapZeroNegTrap, lo, hi, "step2_PTZNT error!");
+    return solveZeroShape(rec, Pulse::Trap, -1.0, Pulse::Trap, lo, hi, "step2_PTZNT error!");
 }
 
 bool solveStep2PosTriZeroNegTrap(PlannerState&, AxisPlan& rec) {
@@ -455,7 +541,7 @@ bool solveStep2PosTriZeroNegTrap(PlannerState&, AxisPlan& rec) {
     const double hi =
         std::min(guardedRoot((vTop - v0) * J + a0 * a0 / 2.0),
                  guardedRoot((J * T + a0) * A + (vt - v0) * J + a0 * a0 / 2.0) - A);
-    return solveAndWrite(rec, residualPosTriZeroNegTrap, lo, hi, "step2_PtZNT error!");
+    return solveZeroShape(rec, Pulse::Tri, -1.0, Pulse::Trap, lo, hi, "step2_PtZNT error!");
 }
 
 bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
@@ -468,7 +554,7 @@ bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
         lo = std::max(lo, vt - st.trapTriSeed * st.trapTriSeed / J);
     }
     const double hi = std::min(V, vt);
-    return solveAndWrite(rec, residualPosTrapZeroPosTri, lo, hi, "step2_PTZPt error!");
+    return solveZeroShape(rec, Pulse::Trap, 1.0, Pulse::Tri, lo, hi, "step2_PTZPt error!");
 }
 
 bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
@@ -484,7 +570,7 @@ bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
         hi = std::min(hi, st.triTriSeed);
     }
     st.triTriSeedMode = 0;
-    return solveAndWrite(rec, residualPosTriZeroPosTri, lo, hi, "step2_PtZPt error!");
+    return solveZeroShape(rec, Pulse::Tri, 1.0, Pulse::Tri, lo, hi, "step2_PtZPt error!");
 }
 
 bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
@@ -497,7 +583,7 @@ bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
         st.triTrapSeedSet = 0;
         hi = std::min(hi, st.triTrapSeed);
     }
-    return solveAndWrite(rec, residualPosTriZeroPosTrap, lo, hi, "step2_PtZPT error!");
+    return solveZeroShape(rec, Pulse::Tri, 1.0, Pulse::Trap, lo, hi, "step2_PtZPT error!");
 }
 
 bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
@@ -512,7 +598,7 @@ bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
     }
     const double lo = std::max(-V, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
     const double hi = std::min(V, vt - A * A / J);
-    return solveAndWrite(rec, residualPosTrapZeroPosTrap, lo, hi, "step2_PTZPT error!");
+    return solveZeroShape(rec, Pulse::Trap, 1.0, Pulse::Trap, lo, hi, "step2_PTZPT error!");
 }
 
 bool solveStep2PosTrapHldNegLin(PlannerState& st, AxisPlan& rec) {

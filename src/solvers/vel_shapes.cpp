@@ -15,7 +15,7 @@ namespace {
 
 // Position after a ramp of duration t from (p, v, a) at jerk j.
 double rampPos(double p, double v, double a, double j, double t) {
-    return p + v * t + a * t * t / 2.0 + j * cube(t) / 6.0;
+    return p + v * t + a * t * t / 2.0 + jerkShare(j, t);
 }
 
 // Position at the end of a final ramp of duration d at jerk -J that ends at

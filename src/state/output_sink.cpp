@@ -1,21 +1,17 @@
 #include "state/output_sink.h"
 
-#include <cstdarg>
-
 namespace vekta {
 
 namespace {
 
-// Longer than any message the library prints: the longest has six %f of at
-// most 317 characters each.
+// Longer than anything the formatter leaves to the C library: at most the
+// rest of one message, whose longest has six %f of at most 317 characters.
 constexpr int kMessageCapacity = 4096;
 
 }  // namespace
 
-void printTo(const OutputSink* sink, const char* fmt, ...) {
+void vprintTo(const OutputSink* sink, const char* fmt, std::va_list ap) {
     if (!outputOn(sink)) return;
-    std::va_list ap;
-    va_start(ap, fmt);
     if (sink == nullptr || sink->kind == kOutputStdout) {
         std::vprintf(fmt, ap);
     } else if (sink->kind == kOutputFile) {
@@ -25,7 +21,6 @@ void printTo(const OutputSink* sink, const char* fmt, ...) {
         const int n = std::vsnprintf(text, sizeof text, fmt, ap);
         if (n > 0) writeTo(sink, text, n < kMessageCapacity ? static_cast<std::size_t>(n) : sizeof text - 1);
     }
-    va_end(ap);
 }
 
 void writeTo(const OutputSink* sink, const char* text, std::size_t length) {

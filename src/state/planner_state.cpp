@@ -4,11 +4,7 @@
 
 namespace vekta {
 
-PlannerState& defaultState() {
-    // Static storage: zero at load, alive for the life of the process.
-    static PlannerState state;
-    return state;
-}
+PlannerState processState;
 
 void appendPoint(AxisPlan& rec) {
     const double s = static_cast<double>(rec.inv);

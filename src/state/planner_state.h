@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "state/output_sink.h"
+#include "state/text_output.h"
 
 namespace vekta {
 
@@ -125,8 +125,10 @@ inline void attachOutput(PlannerState& st) {
     for (AxisPlan& r : st.records) r.sink = &st.output;
 }
 
-// The process-wide state behind the exported functions.
-PlannerState& defaultState();
+// The process-wide state behind the exported functions: static storage, zero
+// at load, alive for the life of the process.
+extern PlannerState processState;
+inline PlannerState& defaultState() { return processState; }
 
 // Curve capacity guard. Every point writer below stores nothing at an index
 // beyond the arrays (it still counts the point, so pointCount > kMaxPoints

@@ -17,6 +17,7 @@
 #include <cstdio>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 #include "step1/step1_solvers.h"
 
 namespace vekta {
@@ -109,10 +110,11 @@ void fallTriangle(PulsePair& s, double te, double pFrom, double vFrom, double an
     double tf = ts - tn;
     if (std::fabs(tf) < kSnapTime) tf = 0.0;
     const double b3 = ts - te;
+    const double b3Cubed = cube(b3);  // both halves last b3
     const double v3 = vFrom + an * b3 / 2.0;
-    const double p3 = pFrom + vFrom * b3 - J * cube(b3) / 6.0;
+    const double p3 = pFrom + vFrom * b3 - J * b3Cubed / 6.0;
     addPoint(s, ts, an, v3, p3);
-    s.endPos = p3 + v3 * b3 + an * b3 * b3 / 2.0 + J * cube(b3) / 6.0;
+    s.endPos = p3 + v3 * b3 + an * b3 * b3 / 2.0 + J * b3Cubed / 6.0;
     addPoint(s, tf, 0.0, 0.0, 0.0);  // the end at rest, written as (vt, pt)
 }
 
@@ -121,16 +123,17 @@ void fallTriangle(PulsePair& s, double te, double pFrom, double vFrom, double an
 void fallTrapezoid(PulsePair& s, double te, double pFrom, const Start& st) {
     const double V = st.V, vt = st.vt, A = st.A, J = st.J;
     const double tA = A / J;
+    const double tACubed = cube(tA);  // both ramps last tA
     const double hn = (V - vt - A * A / J) / A;
     const double e4 = te + tA;
     const double v4 = V - A * tA / 2.0;
-    const double p4 = pFrom + V * tA - J * cube(tA) / 6.0;
+    const double p4 = pFrom + V * tA - J * tACubed / 6.0;
     const double e5 = e4 + hn;
     const double v5 = v4 - A * hn;
     const double p5 = p4 + v4 * hn - A * hn * hn / 2.0;
     addPoint(s, e4, -A, v4, p4);
     addPoint(s, e5, -A, v5, p5);
-    s.endPos = p5 + v5 * tA - A * tA * tA / 2.0 + J * cube(tA) / 6.0;
+    s.endPos = p5 + v5 * tA - A * tA * tA / 2.0 + J * tACubed / 6.0;
     addPoint(s, e5 + tA, 0.0, 0.0, 0.0);  // the end at rest, written as (vt, pt)
 }
 

@@ -37,6 +37,7 @@
 
 #include "solvers/abk.h"
 #include "state/numerics.h"
+#include "state/text_output.h"
 #include "step1/step1_solvers.h"
 
 namespace vekta {
@@ -256,7 +257,7 @@ bool solveStep1PTNt(AxisPlan& rec, bool variant) {
     const double lo = std::fmax(v + (2.0 * A * A - a * a) / (2.0 * J), vt);
     const double hi = std::fmin(V, vt + A * A / J);
     double w = 0.0;
-    if (!abkSolve(rec, residualPTNt, &w, lo, hi)) return false;
+    if (!abkSolveWith(rec, [&rec](double t) { return residualPTNt(rec, &t); }, &w, lo, hi)) return false;
 
     const double t1 = (A - a) / J;
     const double v1 = v + (A + a) * t1 / 2.0;
@@ -299,7 +300,7 @@ bool solveStep1PTNT(AxisPlan& rec, bool variant) {
     const double lo = v - a * a / (2.0 * J) <= vt ? vt + A * A / J
                                                   : v + (2.0 * A * A - a * a) / (2.0 * J);
     double x = 0.0;
-    if (!abkSolve(rec, residualPTNT, &x, lo, hi)) return false;
+    if (!abkSolveWith(rec, [&rec](double t) { return residualPTNT(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (A - a) / J;
     const double v1 = v + (A + a) * t1 / 2.0;
@@ -350,7 +351,7 @@ bool solveStep1PtNT(AxisPlan& rec, bool variant) {
     double hi = A;
     if (V < v + (2.0 * A * A - a * a) / (2.0 * J)) hi = guardedRoot(J * (V - v) + a * a / 2.0);
     double x = 0.0;
-    if (!abkSolve(rec, residualPtNT, &x, lo, hi)) return false;
+    if (!abkSolveWith(rec, [&rec](double t) { return residualPtNT(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (x - a) / J;
     const double v1 = v + (x + a) * t1 / 2.0;
@@ -404,7 +405,7 @@ bool solveStep1PtNt(AxisPlan& rec, bool variant) {
         }
     }
     double x = 0.0;
-    if (!abkSolve(rec, residualPtNt, &x, lo, hi)) return false;
+    if (!abkSolveWith(rec, [&rec](double t) { return residualPtNt(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (x - a) / J;
     const double v1 = v + (x + a) * t1 / 2.0;
@@ -466,7 +467,7 @@ bool solvePLNt(AxisPlan& rec, PLNtBracket bracket) {
                           ? -guardedRoot(A * A + a * a / 2.0 - (v - vt) * J)
                           : -kRootGuard;
     double x = 0.0;
-    if (!abkSolve(rec, residualPLNt, &x, lo, 0.0)) return false;
+    if (!abkSolveWith(rec, [&rec](double t) { return residualPLNt(rec, &t); }, &x, lo, 0.0)) return false;
 
     const double t1 = (x - a) / J;
     const double v1 = v + (x + a) * t1 / 2.0;
@@ -507,7 +508,7 @@ bool solveStep1PLNT(AxisPlan& rec) {
         lo = a;
     }
     double x = 0.0;
-    if (!abkSolve(rec, residualPLNT, &x, lo, hi)) return false;
+    if (!abkSolveWith(rec, [&rec](double t) { return residualPLNT(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (x - a) / J;
     const double t2 = (x + A) / J;

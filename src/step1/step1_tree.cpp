@@ -46,16 +46,17 @@ constexpr double kDeadNodeJerkScale = 1.1;
 struct Reach {
     double p, v, a;
     double A, J;
+    CubeMemo memo;
 };
 
 // The present working state of rec.
 Reach reachFrom(const AxisPlan& rec) {
-    return {rec.curPos, rec.curVel, rec.curAcc, rec.maxAcc, rec.maxJerk};
+    return {rec.curPos, rec.curVel, rec.curAcc, rec.maxAcc, rec.maxJerk, CubeMemo{}};
 }
 
 // One section of constant jerk and duration d, ending at acceleration aEnd.
-void section(Reach& r, double jerk, double d, double aEnd) {
-    r.p = r.p + r.v * d + r.a * d * d / 2.0 + jerk * cube(d) / 6.0;
+[[gnu::always_inline]] inline void section(Reach& r, double jerk, double d, double aEnd) {
+    r.p = r.p + r.v * d + r.a * d * d / 2.0 + jerkShare(jerk, d, r.memo);
     r.v = r.v + r.a * d + jerk * d * d / 2.0;
     r.a = aEnd;
 }

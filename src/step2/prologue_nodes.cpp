@@ -29,7 +29,7 @@ constexpr double kDoubledRootGuardSquared = 4e-100;
 void appendSection(AxisPlan& rec, double jerk, double d, double aEnd) {
     const double a = rec.curAcc;
     const double v = rec.curVel;
-    rec.curPos = rec.curPos + v * d + a * d * d / 2.0 + jerk * cube(d) / 6.0;
+    rec.curPos = rec.curPos + v * d + a * d * d / 2.0 + jerkShare(jerk, d);
     rec.curVel = v + a * d + jerk * d * d / 2.0;
     rec.curAcc = aEnd;
     rec.planTime += d;

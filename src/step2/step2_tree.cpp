@@ -26,6 +26,7 @@
 #include <initializer_list>
 
 #include "state/numerics.h"
+#include "state/text_output.h"
 #include "step2/prologue_nodes.h"
 
 namespace vekta {
@@ -118,9 +119,10 @@ struct Section {
 
 // Integrate the sections in order, exactly.
 Motion run(Motion m, std::initializer_list<Section> sections) {
+    CubeMemo memo;
     for (const Section& s : sections) {
         const double d = s.dur, j = s.jerk;
-        m.p += m.v * d + m.a * d * d / 2.0 + j * cube(d) / 6.0;
+        m.p += m.v * d + m.a * d * d / 2.0 + jerkShare(j, d, memo);
         m.v += m.a * d + j * d * d / 2.0;
         m.a += j * d;
     }
