@@ -16,7 +16,9 @@
 // per axis and period).
 //
 // The library prints on every update; its standard output goes to /dev/null
-// here, the report to the original standard output.
+// here, the report to the original standard output. The output:off rows plan
+// on a planner of their own whose output is switched off, which skips the
+// formatting of those lines altogether.
 #include <benchmark/benchmark.h>
 #include <ext/stdio_filebuf.h>
 #include <fcntl.h>
@@ -61,7 +63,18 @@ std::vector<Motion> drawSet(int axes, Mode mode, Starts starts) {
     return set;
 }
 
+// When set, the updates go to this planner, whose output is off, instead of
+// the default planner.
+VektaPlanner* quietPlanner = nullptr;
+
 bool plan(const Motion& m) {
+    if (quietPlanner != nullptr) {
+        return m.mode == Mode::Position
+                   ? vektaPlannerPositionUpdate(quietPlanner, m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio,
+                                                m.pos, m.vel, m.acc) != 0
+                   : vektaPlannerVelocityUpdate(quietPlanner, m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos,
+                                                m.vel, m.acc) != 0;
+    }
     return m.mode == Mode::Position
                ? vektaPostionModeParaUpd(m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0)
                : vektaVelocityModeParaUpd(m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0);
@@ -125,6 +138,15 @@ void planTimesRecovering(benchmark::State& state, const std::vector<Motion>& set
     vektaSetRecovery(false);
 }
 
+// The same on a planner of its own with its output off: no line is formatted.
+void planTimesOutputOff(benchmark::State& state, const std::vector<Motion>& set) {
+    quietPlanner = vektaPlannerCreate();
+    vektaPlannerOutputOff(quietPlanner);
+    planTimes(state, set, "");
+    vektaPlannerDestroy(quietPlanner);
+    quietPlanner = nullptr;
+}
+
 // One iteration samples one planned motion of the set to its end, every axis
 // once per period; the update before it is not timed.
 void sampleTimes(benchmark::State& state, const std::vector<Motion>& set, const char* target) {
@@ -170,6 +192,10 @@ void registerAll() {
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
             benchmark::RegisterBenchmark((name + "/recovery").c_str(), planTimesRecovering, std::cref(sets.back()))
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
+            if (s != static_cast<int>(Starts::All)) continue;
+            benchmark::RegisterBenchmark((name + "/output:off").c_str(), planTimesOutputOff, std::cref(sets.back()))
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
         }

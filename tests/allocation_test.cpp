@@ -102,4 +102,31 @@ TEST(Allocation, PlanningAndSamplingAllocateNothingAfterTheFirstCall) {
     EXPECT_EQ(count, 0);
 }
 
+// A planner of one's own, printing into a callback and then switched off.
+TEST(Allocation, APlannerOfOnesOwnAllocatesNothingWhateverItsOutput) {
+    if (!hooksInstalled) GTEST_SKIP() << "counted in the sanitized build (preset ci)";
+    VektaPlanner* p = vektaPlannerCreate();
+    long chars = 0;
+    vektaPlannerOutputToCallback(p, [](const char*, std::size_t n, void* c) { *static_cast<long*>(c) += n; }, &chars);
+    auto run = [&](std::uint64_t i) {
+        const Motion m = drawMotion(7, i);
+        vektaPlannerSetTrace(p, i % 10 == 0);
+        if (!vektaPlannerPositionUpdate(p, m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc)) return;
+        double s[3];
+        for (int k = 0, n = 0, done = 0; done < m.axes && k < 240000; ++k) {
+            done = (k % m.axes != 0 ? done : 0) + vektaPlannerSample(p, k % m.axes, 1, s, s + 1, s + 2, &n);
+        }
+    };
+    run(0);
+    const long count = allocationsDuring([&] {
+        for (std::uint64_t i = 0; i < 600; ++i) {
+            if (i == 300) vektaPlannerOutputOff(p);
+            run(i);
+        }
+    });
+    vektaPlannerDestroy(p);
+    EXPECT_GT(chars, 0);
+    EXPECT_EQ(count, 0);
+}
+
 }  // namespace

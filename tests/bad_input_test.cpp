@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "planner/decision_tree.h"
+#include "engine/decision_tree.h"
 #include "state/planner_state.h"
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"

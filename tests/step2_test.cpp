@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "planner/decision_tree.h"
+#include "engine/decision_tree.h"
 #include "solvers/step2_solvers.h"
 #include "step2/step2_tree.h"
 #include "support/test_support.h"

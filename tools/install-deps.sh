@@ -11,8 +11,10 @@ packages=(cmake make g++ libcli11-dev nlohmann-json3-dev gnuplot-nox)
 case "${1:-test}" in
   demo) ;;
   # GoogleTest, the export check (binutils), the benchmarks, the install test
-  # (pkg-config), and the libFuzzer target: clang with its sanitizer and fuzzer runtimes.
-  test) packages+=(libgtest-dev binutils libbenchmark-dev pkg-config clang-14 libclang-rt-14-dev) ;;
+  # (pkg-config), the libFuzzer target: clang with its sanitizer and fuzzer
+  # runtimes, and the Python module with its tests and plotting example.
+  test) packages+=(libgtest-dev binutils libbenchmark-dev pkg-config clang-14 libclang-rt-14-dev
+                   python3-dev pybind11-dev python3-numpy python3-pytest python3-matplotlib) ;;
   *) echo "usage: $0 [demo|test]" >&2; exit 2 ;;
 esac
 

@@ -2,8 +2,9 @@
  * libvekta: jerk-limited, time-synchronised point-to-point motions for a robot
  * arm of 1 or 6 axes ("freedoms"), sampled at a fixed 5 ms control period.
  *
- * One process serves one arm. Every function works on one process-wide planner
- * state, without locks: call them from the controller's cycle thread only.
+ * Every function here works on one process-wide planner, the default planner,
+ * without locks: call them from one thread only. For planners of your own
+ * (several arms, several threads, C callers) see vekta/vekta_c.h.
  * Diagnostics are printed to standard output; the lines quoted below are the
  * library's exact output.
  *
@@ -13,11 +14,8 @@
 #ifndef VEKTA_VEKTA_H
 #define VEKTA_VEKTA_H
 
-#if defined(_WIN32)
-#define VEKTA_API __declspec(dllexport)
-#else
-#define VEKTA_API __attribute__((visibility("default")))
-#endif
+/* The planner handles, the export macro and the VektaCheckResult codes. */
+#include "vekta_c.h"
 
 /*
  * Plans a position-mode motion: every axis i < n from (curPos[i], curVel[i],
@@ -127,26 +125,7 @@ VEKTA_API int vektaVelocityModePerFreedom(int axis, int nSamples, double* pos, d
  */
 VEKTA_API double getLeftMoveTime();
 
-/*
- * Results of vektaCheckPlan: 0 when the plan may be sampled, otherwise the
- * kind of the first violation found.
- */
-enum VektaCheckResult {
-    VEKTA_CHECK_OK = 0,
-    VEKTA_CHECK_NO_PLAN = 1,           /* no update yet, or the last update failed */
-    VEKTA_CHECK_CONVEYOR_REFUSED = 2,  /* the catch-up ends beyond the conveyor limit */
-    VEKTA_CHECK_POINT_COUNT = 3,       /* an axis has not 1 to 13 curve points */
-    VEKTA_CHECK_NOT_FINITE = 4,        /* a curve value is NaN or infinite */
-    VEKTA_CHECK_BAD_LIMIT = 5,         /* a limit is not a positive finite number */
-    VEKTA_CHECK_TIME_BACK = 6,         /* times do not start at 0 and never decrease */
-    VEKTA_CHECK_DISCONTINUOUS = 7,     /* a section does not meet its end point */
-    VEKTA_CHECK_JERK_LIMIT = 8,        /* |jerk| > J (or an acceleration step) */
-    VEKTA_CHECK_ACC_LIMIT = 9,         /* |a| > A */
-    VEKTA_CHECK_VEL_LIMIT = 10,        /* |v| > V */
-    VEKTA_CHECK_END_STATE = 11,        /* the last point is not the planned end */
-    VEKTA_CHECK_END_TIME = 12,         /* six axes do not end at the same time */
-    VEKTA_CHECK_LAST = VEKTA_CHECK_END_TIME
-};
+/* Results of vektaCheckPlan: enum VektaCheckResult, in vekta/vekta_c.h. */
 
 /*
  * Checks the current plan of every planned axis, as the sampler will hand it

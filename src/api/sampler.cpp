@@ -41,7 +41,7 @@ void validateSectionTimes(const PlannerState& st) {
         const AxisPlan& r = st.records[b];
         for (int i = 1; i < r.pointCount && i < kMaxPoints; ++i) {
             if (r.secTime[i - 1] - kTimeBackTolerance > r.secTime[i]) {
-                printText("wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
+                printTo(&st.output, "wrong secTime:id %d i %d Ti-1 %f Ti %f\n", b, i, r.secTime[i - 1],
                           r.secTime[i]);
             }
         }
@@ -55,7 +55,7 @@ void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished
                      const double* pos, const double* vel, const double* acc) {
     if (std::fabs(st.lastFirstPos) > std::fabs(pos[0]) || pos[0] < 0.0) {
         TextOutput out;
-        beginText(out);
+        beginText(out, &st.output);
         appendText(out, "s1 overshoot:p %f > %f pt %f v %f a %f ret %d inv %d armIdx %d\n",
                    st.lastFirstPos, pos[0], r.tgtPos, vel[0], acc[0], finished, r.inv, axis);
         appendText(out, "acc curve:(a, t)=");
@@ -76,7 +76,7 @@ void trackNoStop(PlannerState& st, int finished) {
         if (finished) {
             st.noStopPending = false;
         } else {
-            if (lastPeriod) std::puts("no-stop");
+            if (lastPeriod) printTo(&st.output, "no-stop\n");
             st.noStopPending = lastPeriod;
         }
     } else if (!finished) {
@@ -113,7 +113,7 @@ void trackNoStop(PlannerState& st, int finished) {
                                      int count, const double* pos, const double* vel,
                                      const double* acc) {
     if (count > 0 && finished) {
-        printText("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
                   r.secTime[lastIndex(r)]);
     }
     if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
@@ -187,7 +187,7 @@ namespace {
 [[gnu::noinline]] int finishOneSample(PlannerState& st, const AxisPlan& r, int axis, int finished,
                                       const double* pos) {
     if (finished) {
-        printText("ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
                   r.secTime[lastIndex(r)]);
     }
     if (axis == 0) trackNoStop(st, finished);

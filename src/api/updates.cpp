@@ -25,9 +25,10 @@ constexpr double kMinConveyorSpare = 0.002;
 constexpr int kRefusalMessageSize = 256;
 
 bool acceptAxisCount(PlannerState& st, int n) {
+    attachOutput(st);
     st.newPlan = true;
     if (n != kMaxAxes && n != 1) {
-        printText("vekta: incorrect freedom number-%d!\n", n);
+        printTo(&st.output, "vekta: incorrect freedom number-%d!\n", n);
         st.planFailed = true;
         return false;
     }
@@ -59,7 +60,7 @@ bool refuseUnchecked(PlannerState& st, bool ok) {
     if (!ok || !st.recovery) return ok;
     char why[kRefusalMessageSize];
     if (checkPlan(st, why, kRefusalMessageSize) == VEKTA_CHECK_OK) return true;
-    std::printf("vekta: plan refused: %s\n", why);
+    printTo(&st.output, "vekta: plan refused: %s\n", why);
     st.planFailed = true;
     return false;
 }
@@ -79,13 +80,15 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
     st.planMode = kPositionPlan;
 
     const AxisPlan& r0 = st.records[0];
-    TextOutput out;
-    beginText(out);
-    appendText(out, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
-               r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
-    for (int i = 0; i < printablePoints(r0); ++i) appendText(out, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
-    appendText(out, "\n");
-    writeText(out);
+    if (outputOn(&st.output)) {  // off: not even the loop over the points
+        TextOutput out;
+        beginText(out, &st.output);
+        appendText(out, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
+                   r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
+        for (int i = 0; i < printablePoints(r0); ++i) appendText(out, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
+        appendText(out, "\n");
+        writeText(out);
+    }
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);
@@ -102,7 +105,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
     st.planMode = kVelocityPlan;
 
     const AxisPlan& r0 = st.records[0];
-    printText("velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
+    printTo(&st.output, "velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
               r0.curAcc, r0.inv);
 
     st.planFailed = !ok;
@@ -128,7 +131,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     const double travel = leftMoveTime(st) * conveyorVel;
     if (tgtPos[0] + travel >= conveyorLimit) {
         st.planMode = kConveyorRefusedPlan;
-        printText("vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
+        printTo(&st.output, "vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
                   conveyorLimit);
         return false;
     }

@@ -45,7 +45,7 @@ double lastTime(const AxisPlan& r) { return r.secTime[r.pointCount - 1]; }
 // (sampler, getLeftMoveTime, the plan check) stays in bounds.
 bool curveFits(AxisPlan& r, int axis) {
     if (r.pointCount <= kMaxPoints) return true;
-    printText("curve overflow:id %d points %d\n", axis, r.pointCount);
+    printTo(r.sink, "curve overflow:id %d points %d\n", axis, r.pointCount);
     r.pointCount = kMaxPoints;
     return false;
 }
@@ -107,7 +107,7 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
 // succeeds at once stays exactly as it is. A traced plan says so first.
 bool retryStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
                         double tgtPos) {
-    if (st.traceOn) std::printf("step1 retry:%d\n", axis);
+    if (st.traceOn) printTo(&st.output, "step1 retry:%d\n", axis);
     r.curPos = r.secPos[0];
     r.curVel = r.secVel[0];
     r.curAcc = r.secAcc[0];
@@ -153,14 +153,14 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     r.remTime = maxT - lastTime(r);
     walkStep2(st, *tb.step2Tree, r);
     if (!curveFits(r, axis)) {
-        printText("step2 error:ts %f idx %d\n", maxT, axis);
+        printTo(&st.output, "step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
 
     const int id = r.step2Profile;
     if (id > kStep2LastProfile) {
-        printText("step2 error: mStep2 %d profile %d\n", 0, id);
-        printText("step2 error:ts %f idx %d\n", maxT, axis);
+        printTo(&st.output, "step2 error: mStep2 %d profile %d\n", 0, id);
+        printTo(&st.output, "step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
     // An odd id is the even shape solved on the mirrored state.
@@ -171,12 +171,12 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     const int nameIndex = frameOffset(r.inv) + r.step2Profile;
     countEvent(st.profileUseCount[nameIndex]);
     const bool ok = tb.step2Solvers[r.step2Profile / 2](st, r);
-    if (st.traceOn) std::printf("%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
+    if (st.traceOn) printTo(&st.output, "%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
     if (r.inv == -1) mirrorAxis(r);
     const bool fits = curveFits(r, axis);
     if (fits) r.secPos[r.pointCount - 1] = r.tgtPos;  // pinned exactly on the target
     if (!ok || !fits) {
-        printText("step2 error:ts %f idx %d\n", maxT, axis);
+        printTo(&st.output, "step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
     return true;
@@ -203,7 +203,7 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         ok = curveFits(r, axis) && ok;
     }
     if (!ok) {
-        printText("step2 error:ts %f idx %d\n", maxT, axis);
+        printTo(&st.output, "step2 error:ts %f idx %d\n", maxT, axis);
         return false;
     }
     return true;
@@ -213,7 +213,7 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
 void reportVelocityEndTimes(const PlannerState& st, double maxT) {
     const double t0 = lastTime(st.records[0]);
     TextOutput out;
-    beginText(out);
+    beginText(out, &st.output);
     appendText(out, "Vel Time: max %f %f\t", maxT, t0);
     for (int i = 1; i < st.axisCount; ++i) {
         const double t = lastTime(st.records[i]);
@@ -249,7 +249,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
         r.planTime = 0.0;
         const bool ok = positionMode ? planStep1Position(st, tb, r, i) : planStep1Velocity(st, tb, r, i);
         if (!ok) {
-            printText("step1 error:%d\n", i);
+            printTo(&st.output, "step1 error:%d\n", i);
             return false;
         }
         const double t = lastTime(r);
@@ -262,8 +262,8 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
     // Phase 2: the other axes of a six-axis plan end together with the slowest.
     if (st.axisCount == kMaxAxes) {
         if (st.traceOn) {
-            printText("step1:ts %f idx %d\n", maxT, st.slowestAxis);
-            std::puts("--------------------");
+            printTo(&st.output, "step1:ts %f idx %d\n", maxT, st.slowestAxis);
+            printTo(&st.output, "--------------------\n");
         }
         for (int i = 0; i < kMaxAxes; ++i) {
             if (i == st.slowestAxis) continue;
@@ -276,7 +276,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
     }
 
     // Phase 3.
-    if (!positionMode) reportVelocityEndTimes(st, maxT);
+    if (!positionMode && outputOn(&st.output)) reportVelocityEndTimes(st, maxT);
     return true;
 }
 

@@ -3,7 +3,7 @@
 #ifndef VEKTA_PLANNER_PLANNING_PASS_H
 #define VEKTA_PLANNER_PLANNING_PASS_H
 
-#include "planner/decision_tree.h"
+#include "engine/decision_tree.h"
 #include "solvers/step2_solvers.h"
 #include "solvers/vel_shapes.h"
 #include "state/planner_state.h"

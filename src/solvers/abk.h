@@ -61,7 +61,7 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
     using namespace abk_detail;
     rec.writeSections = 0;
     if (lo > hi) {
-        printText("abk:error input %f %f\n", lo, hi);
+        printTo(rec.sink, "abk:error input %f %f\n", lo, hi);
         return false;
     }
 
@@ -134,12 +134,12 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
             const double keptResidual = keepA ? br.fa : br.fb;
             *out = kept;
             if (keptResidual < kAcceptLimit) return true;
-            printText("ABK fail with error: %f", keptResidual);
+            printTo(rec.sink, "ABK fail with error: %f", keptResidual);
             return false;
         }
     }
 
-    printText("abk timeout %f %f\n", br.a, br.b);
+    printTo(rec.sink, "abk timeout %f %f\n", br.a, br.b);
     *out = (lo + hi) * 0.5;
     return false;
 }

@@ -252,7 +252,7 @@ bool solveAndWrite(AxisPlan& rec, const Residual& residual, double lo, double hi
                    const char* errorLine) {
     double x = 0.0;
     if (!abkSolveWith(rec, residual, &x, lo, hi)) {
-        std::puts(errorLine);
+        printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
     rec.writeSections = 1;
@@ -593,7 +593,7 @@ bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
     // exceeds T no cruise of non-negative length is left.
     if (a0 * a0 - 2.0 * a0 * A + 4.0 * A * A - 2.0 * J * A * T - 2.0 * J * v0 + 2.0 * J * vt >
         0.0) {
-        printText("step2_PTZPT t45 < 0");
+        printTo(rec.sink, "step2_PTZPT t45 < 0");
         return false;
     }
     const double lo = std::max(-V, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
@@ -619,7 +619,7 @@ bool solveStep2NegLinHldPosTrap(PlannerState& st, AxisPlan& rec) {
     // The hold at x is non-negative exactly when (A - x)^2 <= D.
     const double D = a0 * a0 / 2.0 - a0 * A - J * (vt - v0 - T * A);
     if (D < 0.0) {
-        printText("NLHPT t23=%f < 0 always\n", D);
+        printTo(rec.sink, "NLHPT t23=%f < 0 always\n", D);
         return false;
     }
     const double lo = std::max(0.0, A - guardedRoot(D));
@@ -633,7 +633,7 @@ bool solveStep2NegLinHldPosTri(PlannerState& st, AxisPlan& rec) {
     // Not even the ramp down from a0 fits into T.
     const double u = T * J - a0;
     if (u < 0.0) {
-        printText("NLHPt t23 error");
+        printTo(rec.sink, "NLHPt t23 error");
         return false;
     }
     // The hold is non-negative while the rise above x is at most u / 2.

@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+#include "state/text_output.h"
+
 namespace vekta {
 
 // The fixed control period of the controller, in seconds.
@@ -56,6 +58,7 @@ struct AxisPlan {
     bool coefDirty;   // coefCache must be recomputed
     int sampleCount;  // control periods sampled since the last update
     int secCursor;    // index of the point that ends the section being sampled
+    const OutputSink* sink;  // the planner's output, for print sites that see only the record
 };
 
 // What the last accepted update planned, so that a plan can be checked
@@ -105,6 +108,8 @@ struct PlannerState {
     // plan the plan check rejects is refused.
     bool recovery;
     bool step1Retry;  // set while that second attempt walks and solves
+
+    OutputSink output;  // where this planner's lines go; zero is standard output
 };
 
 // Count one more event in a statistics counter. The counters grow across
@@ -112,6 +117,12 @@ struct PlannerState {
 // overflowing (re-planning every period would get there within weeks).
 inline void countEvent(int& counter) {
     if (counter < 0x7fffffff) counter += 1;
+}
+
+// Point every record's sink at the planner's output (done by every update,
+// so that a copied state prints into its own output).
+inline void attachOutput(PlannerState& st) {
+    for (AxisPlan& r : st.records) r.sink = &st.output;
 }
 
 // The process-wide state behind the exported functions: static storage, zero

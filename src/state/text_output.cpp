@@ -82,7 +82,7 @@ bool decimalPointIsPlain() {
 }
 
 void handOver(TextOutput& out) {
-    if (out.length > 0) std::fwrite(out.text, 1, static_cast<std::size_t>(out.length), stdout);
+    if (out.length > 0) writeTo(out.sink, out.text, static_cast<std::size_t>(out.length));
     out.length = 0;
 }
 
@@ -124,7 +124,7 @@ void appendChar(TextOutput& out, char c) {
 void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
     if (!out.plainPoint) {
         handOver(out);
-        std::vprintf(fmt, ap);
+        vprintTo(out.sink, fmt, ap);
         return;
     }
     const char* c = fmt;
@@ -161,7 +161,7 @@ void appendFormat(TextOutput& out, const char* fmt, va_list ap) {
                 break;
             default:
                 handOver(out);
-                std::vprintf(c, ap);
+                vprintTo(out.sink, c, ap);
                 return;
         }
         c += 2;
@@ -181,12 +181,14 @@ int formatInt(char* out, int x) {
     return static_cast<int>(decimal(p, static_cast<std::uint64_t>(wide < 0 ? -wide : wide)) - out);
 }
 
-void beginText(TextOutput& out) {
+void beginText(TextOutput& out, const OutputSink* sink) {
+    out.sink = sink;
     out.length = 0;
     out.plainPoint = decimalPointIsPlain();
 }
 
 void appendText(TextOutput& out, const char* fmt, ...) {
+    if (!outputOn(out.sink)) return;
     va_list ap;
     va_start(ap, fmt);
     appendFormat(out, fmt, ap);
@@ -195,9 +197,10 @@ void appendText(TextOutput& out, const char* fmt, ...) {
 
 void writeText(TextOutput& out) { handOver(out); }
 
-void printText(const char* fmt, ...) {
+void printTo(const OutputSink* sink, const char* fmt, ...) {
+    if (!outputOn(sink)) return;
     TextOutput out;
-    beginText(out);
+    beginText(out, sink);
     va_list ap;
     va_start(ap, fmt);
     appendFormat(out, fmt, ap);

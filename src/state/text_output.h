@@ -1,13 +1,16 @@
 // The library's diagnostic output: printf's %f, %e, %d and %s, byte for byte,
 // without printf's cost.
 //
-// A message is built in a buffer on the caller's stack and handed to stdout
-// with one fwrite, through the same FILE as printf, so that it interleaves
-// with the caller's own prints exactly as before. Only a conversion that could
+// A message is built in a buffer on the caller's stack and handed to its
+// planner's output sink with one write (for standard output one fwrite,
+// through the same FILE as printf, so that it interleaves with the caller's
+// own prints exactly as before). A sink that is off formats nothing. Only a conversion that could
 // overrun the buffer (a %f of a huge value runs to 317 characters) hands the
 // part built so far over first.
 #ifndef VEKTA_STATE_TEXT_OUTPUT_H
 #define VEKTA_STATE_TEXT_OUTPUT_H
+
+#include "state/output_sink.h"
 
 namespace vekta {
 
@@ -19,6 +22,7 @@ struct TextOutput {
     char text[kTextCapacity];
     int length;
     bool plainPoint;  // the locale's decimal point is "."; otherwise printf does it all
+    const OutputSink* sink;  // where the message goes
 };
 
 // printf("%f", x), printf("%e", x) and printf("%d", x) in the "C" locale, written
@@ -28,20 +32,21 @@ int formatFixed(char* out, double x);
 int formatExp(char* out, double x);
 int formatInt(char* out, int x);
 
-// Start a message.
-void beginText(TextOutput& out);
+// Start a message for sink.
+void beginText(TextOutput& out, const OutputSink* sink);
 
 // Append printf(fmt, ...) to the message. %f, %e, %d, %s and %% are expanded
 // here; from any other conversion on, and for the whole of fmt under a locale
 // whose decimal point is not ".", vprintf prints the rest after the text built
-// so far.
+// so far (into the sink). Nothing when the sink is off.
 void appendText(TextOutput& out, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
-// Hand the message to stdout.
+// Hand the message to the sink.
 void writeText(TextOutput& out);
 
-// A whole message at once: printf(fmt, ...).
-void printText(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
+// A whole message at once: printf(fmt, ...) into the sink; nothing is
+// formatted when the sink is off.
+void printTo(const OutputSink* sink, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
 }  // namespace vekta
 

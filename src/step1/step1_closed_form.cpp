@@ -181,7 +181,7 @@ bool solveStep1PtZNt(AxisPlan& rec, bool variant) {
     const double an = -guardedRoot(st.J * (v2 - st.vt));
     const double limit = st.A * kPeakSlack;
     if (ap > limit || -limit > an) {
-        printText("S1 PtZNt error: a1(-a2)=%e(%e) > Am=%e\n", ap, -an, st.A);
+        printTo(rec.sink, "S1 PtZNt error: a1(-a2)=%e(%e) > Am=%e\n", ap, -an, st.A);
         return false;
     }
     fallTriangle(s, s.t[r], s.pos[r], v2, an, st.J);
@@ -204,7 +204,7 @@ bool solveStep1PtZNT(AxisPlan& rec, bool variant) {
     PulsePair s{};
     const double ap = riseTriangle(s, st);
     if (ap > st.A * kPeakSlack) {
-        printText("PtZNT error: a1(=%e)>Am(=%e)", ap, st.A);
+        printTo(rec.sink, "PtZNT error: a1(=%e)>Am(=%e)", ap, st.A);
         return false;
     }
     const int r = s.riseCount - 1;

@@ -344,7 +344,7 @@ bool solveStep1PtNT(AxisPlan& rec, bool variant) {
         lo = a > 0.0 ? a : 0.0;
     }
     if (lo > A * kPeakSlack) {
-        printText("S1 PtNT error: (amin=%e) >= (Am=%e)", lo, A);
+        printTo(rec.sink, "S1 PtNT error: (amin=%e) >= (Am=%e)", lo, A);
         return false;
     }
     // A triangle peaking at A would pass the velocity limit: cap the peak there.
@@ -457,7 +457,7 @@ bool solvePLNt(AxisPlan& rec, PLNtBracket bracket) {
     // Velocity still to lose once the acceleration is back at zero, times J.
     const double d = (v - vt) * J - a * a / 2.0;
     if (!(d >= 0.0)) {
-        printText("S1 PLNt error: %e >= 0", d);
+        printTo(rec.sink, "S1 PLNt error: %e >= 0", d);
         return false;
     }
     // Lowering x deepens the closing triangle (q^2 = x^2 + d); it reaches A at

@@ -162,7 +162,7 @@ double peakAPulseVel(const AxisPlan& r) { return r.maxAcc * r.maxAcc / r.maxJerk
 bool node9(PlannerState&, AxisPlan& r) {
     takeSnapshot(r);
     // Cannot happen after node 1's mirror; a diagnostic only.
-    if (r.curAcc < 0.0) std::puts("Variant B error");
+    if (r.curAcc < 0.0) printTo(r.sink, "Variant B error\n");
     return r.tgtVel >= releasedVel(r);
 }
 

@@ -390,7 +390,7 @@ bool node26(PlannerState& st, AxisPlan& rec) {
         return true;
     }
     if (!node89(st, rec)) {
-        std::printf("D26-89");
+        printTo(&st.output, "D26-89");
         return true;
     }
     return false;
@@ -614,7 +614,7 @@ bool node46(PlannerState& st, AxisPlan& rec) {
     const double c = k.a0 * k.a0 / 2.0 + k.A * k.A - d;
     const double x = b * b - 4.0 * c;
     if (x < 0.0) {
-        printText("D46-complex %f\n", x);
+        printTo(&st.output, "D46-complex %f\n", x);
         const double half = (w - k.a0) / 2.0;
         const double ap = ((d - k.a0 * k.a0 / 2.0) / half - half) / 2.0;
         setProfile(rec, NegLinHldPosTri);

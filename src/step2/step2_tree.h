@@ -4,7 +4,7 @@
 #ifndef VEKTA_STEP2_STEP2_TREE_H
 #define VEKTA_STEP2_STEP2_TREE_H
 
-#include "planner/decision_tree.h"
+#include "engine/decision_tree.h"
 #include "state/planner_state.h"
 
 namespace vekta {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the build to a temporary prefix and uses it as a user would: every
-# example built with find_package(vekta), warnings as errors, and run; one built
+# example (C++ and C) built with find_package(vekta), warnings as errors, and run; one built
 # by a plain compiler call with pkg-config, finding the library through an rpath.
 #
 #   install_and_consume.sh BUILD_DIR EXAMPLE_DIR CXX "EXTRA_FLAGS"
@@ -25,7 +25,7 @@ libdir=$(dirname "$(find "$prefix" -name 'libvekta.so.0.1.0' | head -1)")
 [ "$(readlink "$libdir/libvekta.so.0")" = "libvekta.so.0.1.0" ] || fail "libvekta.so.0 link"
 [ "$(readlink "$libdir/libvekta.so")" = "libvekta.so.0" ] || fail "libvekta.so link"
 readelf -d "$libdir/libvekta.so.0.1.0" | grep -q 'SONAME.*\[libvekta.so.0\]' || fail "SONAME"
-for f in include/vekta/vekta.h share/doc/vekta/LICENSE "${libdir#"$prefix"/}"/pkgconfig/vekta.pc; do
+for f in include/vekta/vekta.h include/vekta/vekta_c.h share/doc/vekta/LICENSE "${libdir#"$prefix"/}"/pkgconfig/vekta.pc; do
   [ -f "$prefix/$f" ] || fail "$f not installed"
 done
 grep -q 'vekta_LICENSE "MIT"' "$libdir/cmake/vekta/vektaConfig.cmake" || fail "licence in the CMake package"
@@ -33,9 +33,9 @@ if grep -E 'vekta_(objects|flags)' "$libdir"/cmake/vekta/*.cmake; then fail "int
 
 # 1. The CMake package: every example builds without a warning and runs.
 quietly cmake -S "$examples" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
-  -DCMAKE_CXX_FLAGS="$extra -Werror" -DCMAKE_EXE_LINKER_FLAGS="$extra"
+  -DCMAKE_CXX_FLAGS="$extra -Werror" -DCMAKE_C_FLAGS="$extra -Werror" -DCMAKE_EXE_LINKER_FLAGS="$extra"
 quietly cmake --build "$work/cmake"
-for example in point_to_point replan_mid_motion velocity_stop conveyor_catch_up check_plan; do
+for example in point_to_point replan_mid_motion velocity_stop conveyor_catch_up check_plan c_planner; do
   quietly "$work/cmake/$example"
 done
 
@@ -55,4 +55,10 @@ quietly "$cxx" -std=c++17 -Wall -Wextra -Werror $extra "$examples/point_to_point
   $(pkg-config --cflags --libs vekta) -Wl,-rpath,"$libdir"
 quietly "$work/pc"
 
-echo "install and consume passed: 5 examples with find_package(vekta), one with pkg-config"
+# 3. The Python module, when it was built: importable from the installed package directory.
+module=$(find "$prefix" -name 'vekta.cpython-*.so' | head -1)
+if [ -n "$module" ]; then
+  PYTHONPATH=$(dirname "$module") quietly /usr/bin/python3 -c "import vekta; vekta.Planner()"
+fi
+
+echo "install and consume passed: 6 examples (5 C++, 1 C) with find_package(vekta), one with pkg-config"

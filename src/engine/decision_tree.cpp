@@ -3,7 +3,7 @@
 // All three follow the same rule (call node n, go to successors[2n] on true
 // and successors[2n + 1] on false, stop at 0); they differ in where they
 // start, where they stop early, what they print and what they count.
-#include "planner/decision_tree.h"
+#include "engine/decision_tree.h"
 
 #include <cstdio>
 
@@ -29,13 +29,13 @@ void walkTree(PlannerState& st, const DecisionTree& tree, AxisPlan& rec, int sta
 }
 
 void walkStep1Position(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
-    if (st.traceOn) std::printf("step1 start: idx(pt inv) ");
+    if (st.traceOn) printTo(&st.output, "step1 start: idx(pt inv) ");
     for (int n = kStep1Root; n != 0;) {
-        if (st.traceOn) std::printf("%d(%f %d) \t", n, rec.tgtPos, rec.inv);
+        if (st.traceOn) printTo(&st.output, "%d(%f %d) \t", n, rec.tgtPos, rec.inv);
         const bool result = tree.nodes[n](st, rec);
         n = (n == kOverspeedNode) ? kSnapshotNode : successor(tree, n, result);
     }
-    if (st.traceOn) std::printf("tp %d\n", rec.step1Profile - 1);
+    if (st.traceOn) printTo(&st.output, "tp %d\n", rec.step1Profile - 1);
 }
 
 void walkStep1Velocity(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
@@ -48,11 +48,11 @@ void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
     for (int n = kSnapshotNode; n != 0;) {
         countEvent(st.nodeVisitCount[n - 1]);
         const bool result = tree.nodes[n](st, rec);
-        if (st.traceOn) std::printf("%d-%d \t", n, result ? 1 : 0);
+        if (st.traceOn) printTo(&st.output, "%d-%d \t", n, result ? 1 : 0);
         n = successor(tree, n, result);
-        if (n == kBranchedNode) std::puts("D71 branched");
+        if (n == kBranchedNode) printTo(&st.output, "D71 branched\n");
     }
-    if (st.traceOn) std::printf("\n");
+    if (st.traceOn) printTo(&st.output, "\n");
 }
 
 }  // namespace vekta

@@ -1,7 +1,7 @@
 // Decision trees: a node table of predicates over one axis record plus a
 // parallel successor table, walked from a start node until successor 0.
-#ifndef VEKTA_PLANNER_DECISION_TREE_H
-#define VEKTA_PLANNER_DECISION_TREE_H
+#ifndef VEKTA_ENGINE_DECISION_TREE_H
+#define VEKTA_ENGINE_DECISION_TREE_H
 
 #include <cstdint>
 
