@@ -83,10 +83,29 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
     if (outputOn(&st.output)) {  // off: not even the loop over the points
         TextOutput out;
         beginText(out, &st.output);
-        appendText(out, "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", r0.tgtPos, r0.curPos,
-                   r0.curVel, r0.curAcc, r0.inv, CYCLE_TIME);
-        for (int i = 0; i < printablePoints(r0); ++i) appendText(out, "(%f %f)", r0.secAcc[i], r0.secTime[i]);
-        appendText(out, "\n");
+        // "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", then "(%f %f)"
+        // per point and "\n", piece by piece.
+        appendLiteral(out, "posUpd: 1st pt ");
+        appendFixed(out, r0.tgtPos);
+        appendLiteral(out, " p ");
+        appendFixed(out, r0.curPos);
+        appendLiteral(out, " v ");
+        appendFixed(out, r0.curVel);
+        appendLiteral(out, " a ");
+        appendFixed(out, r0.curAcc);
+        appendLiteral(out, " inv ");
+        appendInt(out, r0.inv);
+        appendLiteral(out, " peroid ");
+        appendFixed(out, CYCLE_TIME);
+        appendLiteral(out, "\n");
+        for (int i = 0; i < printablePoints(r0); ++i) {
+            appendLiteral(out, "(");
+            appendFixed(out, r0.secAcc[i]);
+            appendLiteral(out, " ");
+            appendFixed(out, r0.secTime[i]);
+            appendLiteral(out, ")");
+        }
+        appendLiteral(out, "\n");
         writeText(out);
     }
 
@@ -105,8 +124,22 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
     st.planMode = kVelocityPlan;
 
     const AxisPlan& r0 = st.records[0];
-    printTo(&st.output, "velUpd: pt %f p %f v %f a %f inv %d \n", r0.tgtPos, r0.curPos, r0.curVel,
-              r0.curAcc, r0.inv);
+    if (outputOn(&st.output)) {  // "velUpd: pt %f p %f v %f a %f inv %d \n"
+        TextOutput out;
+        beginText(out, &st.output);
+        appendLiteral(out, "velUpd: pt ");
+        appendFixed(out, r0.tgtPos);
+        appendLiteral(out, " p ");
+        appendFixed(out, r0.curPos);
+        appendLiteral(out, " v ");
+        appendFixed(out, r0.curVel);
+        appendLiteral(out, " a ");
+        appendFixed(out, r0.curAcc);
+        appendLiteral(out, " inv ");
+        appendInt(out, r0.inv);
+        appendLiteral(out, " \n");
+        writeText(out);
+    }
 
     st.planFailed = !ok;
     return refuseUnchecked(st, ok);

@@ -214,16 +214,19 @@ void reportVelocityEndTimes(const PlannerState& st, double maxT) {
     const double t0 = lastTime(st.records[0]);
     TextOutput out;
     beginText(out, &st.output);
-    appendText(out, "Vel Time: max %f %f\t", maxT, t0);
+    // "Vel Time: max %f %f\t", then "diffs %f\t" or "%f\t" per axis, "\n".
+    appendLiteral(out, "Vel Time: max ");
+    appendFixed(out, maxT);
+    appendLiteral(out, " ");
+    appendFixed(out, t0);
+    appendLiteral(out, "\t");
     for (int i = 1; i < st.axisCount; ++i) {
         const double t = lastTime(st.records[i]);
-        if (std::fabs(t0 - t) > kEndTimeReportTolerance) {
-            appendText(out, "diffs %f\t", t);
-        } else {
-            appendText(out, "%f\t", t);
-        }
+        if (std::fabs(t0 - t) > kEndTimeReportTolerance) appendLiteral(out, "diffs ");
+        appendFixed(out, t);
+        appendLiteral(out, "\t");
     }
-    appendText(out, "\n");
+    appendLiteral(out, "\n");
     writeText(out);
 }
 

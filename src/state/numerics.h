@@ -79,7 +79,7 @@ constexpr double kMaxExact = 0x1p340;
 inline double cube(double x) {
     using namespace cube_detail;
     const double ax = std::fabs(x);
-    if (!(ax >= kMinExact && ax <= kMaxExact)) return powCube(x);
+    if (!(ax >= kMinExact && ax <= kMaxExact)) return x == 0.0 ? x : powCube(x);  // pow(+-0, 3) = +-0
     double xHi, xLo, h1, l1, h2, l2;
     split(x, xHi, xLo);
     twoProduct(x, xHi, xLo, x, h1, l1);

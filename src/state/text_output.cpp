@@ -195,6 +195,31 @@ void appendText(TextOutput& out, const char* fmt, ...) {
     va_end(ap);
 }
 
+void appendFixed(TextOutput& out, double x) {
+    if (!outputOn(out.sink)) return;
+    if (!out.plainPoint) return appendText(out, "%f", x);
+    out.length += fixedText(reserve(out, kMaxNumberText), x);
+}
+
+void appendInt(TextOutput& out, int n) {
+    if (!outputOn(out.sink)) return;
+    if (!out.plainPoint) return appendText(out, "%d", n);
+    out.length += formatInt(reserve(out, kMaxNumberText), n);
+}
+
+void appendLiteral(TextOutput& out, const char* text, int length) {
+    if (!outputOn(out.sink)) return;
+    while (length > 0) {
+        const int room = kTextCapacity - out.length;
+        const int n = length < room ? length : room;
+        std::memcpy(out.text + out.length, text, static_cast<std::size_t>(n));
+        out.length += n;
+        text += n;
+        length -= n;
+        if (length > 0) handOver(out);
+    }
+}
+
 void writeText(TextOutput& out) { handOver(out); }
 
 void printTo(const OutputSink* sink, const char* fmt, ...) {

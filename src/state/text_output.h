@@ -41,6 +41,17 @@ void beginText(TextOutput& out, const OutputSink* sink);
 // so far (into the sink). Nothing when the sink is off.
 void appendText(TextOutput& out, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
+// The pieces of a message whose layout is fixed, without a format to walk:
+// the text appendText(out, "%f", x), appendText(out, "%d", n) and
+// appendText(out, text) would add. For the lines printed on every update.
+void appendFixed(TextOutput& out, double x);
+void appendInt(TextOutput& out, int n);
+void appendLiteral(TextOutput& out, const char* text, int length);
+template <int N>
+inline void appendLiteral(TextOutput& out, const char (&text)[N]) {
+    appendLiteral(out, text, N - 1);
+}
+
 // Hand the message to the sink.
 void writeText(TextOutput& out);
 
