@@ -203,15 +203,18 @@ ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir, Pulse second
     return s;
 }
 
-double zeroShapeResidual(AxisPlan& rec, const ZeroShape& s, double x) {
+// The sections of a Zero-family shape for the trial value x, walked on from
+// the record's state in w. The pulse kinds and the second pulse's direction
+// are template arguments, so that a trial of the root finder is one straight
+// run of arithmetic (dir = -1 multiplies as an exact negation).
+template <Pulse First, int Dir, Pulse Second>
+[[gnu::always_inline]] inline void walkZeroShape(const AxisPlan& rec, const ZeroShape& s, double x, ShapeWalk& w) {
+    constexpr double dir = Dir;
     const double a0 = rec.curAcc, vt = rec.tgtVel;
     const double A = rec.maxAcc, J = rec.maxJerk, T = rec.remTime;
-    const double dir = s.dir;
 
-    ShapePoints points;
-    ShapeWalk w = startWalk(rec, points);
     double cruiseVel;
-    if (s.first == Pulse::Trap) {
+    if (First == Pulse::Trap) {
         w.t = s.riseT;
         w.a = s.riseA;
         w.v = s.riseV;
@@ -228,7 +231,7 @@ double zeroShapeResidual(AxisPlan& rec, const ZeroShape& s, double x) {
     }
 
     const double dv = dir * (vt - cruiseVel);
-    if (s.second == Pulse::Tri) {
+    if (Second == Pulse::Tri) {
         const TriPeak tp = triPeak(dv * J);
         section(w, T - w.t - 2.0 * tp.peak / J, 0.0, 0.0);
         triTail(w, dir, tp, J, T, vt);
@@ -239,11 +242,17 @@ double zeroShapeResidual(AxisPlan& rec, const ZeroShape& s, double x) {
         section(w, hold, 0.0, dir * A);
         finalRampShared(w, A / J, s.pulseShares[1], T, vt);
     }
-    return finishShape(rec, w);
 }
 
-double zeroShapeResidual(AxisPlan& rec, double x, Pulse first, double dir, Pulse second) {
-    return zeroShapeResidual(rec, zeroShapeOf(rec, first, dir, second), x);
+// The residual behind a function pointer: writes the shape when the record
+// asks for it.
+template <Pulse First, int Dir, Pulse Second>
+double zeroShapeResidual(AxisPlan& rec, double x) {
+    const ZeroShape s = zeroShapeOf(rec, First, Dir, Second);
+    ShapePoints points;
+    ShapeWalk w = startWalk(rec, points);
+    walkZeroShape<First, Dir, Second>(rec, s, x, w);
+    return finishShape(rec, w);
 }
 
 // The common tail of every solver: find the root, write the shape for it.
@@ -264,10 +273,27 @@ bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi, 
     return solveAndWrite(rec, [&rec, residual](double x) { return residual(rec, &x); }, lo, hi, errorLine);
 }
 
-bool solveZeroShape(AxisPlan& rec, Pulse first, double dir, Pulse second, double lo, double hi,
-                    const char* errorLine) {
-    const ZeroShape s = zeroShapeOf(rec, first, dir, second);
-    return solveAndWrite(rec, [&rec, &s](double x) { return zeroShapeResidual(rec, s, x); }, lo, hi, errorLine);
+// A Zero-family solve: the trials walk the shape without recording a point;
+// the root's shape is walked once more and written.
+template <Pulse First, int Dir, Pulse Second>
+bool solveZeroShape(AxisPlan& rec, double lo, double hi, const char* errorLine) {
+    const ZeroShape s = zeroShapeOf(rec, First, Dir, Second);
+    const auto trial = [&rec, &s](double x) __attribute__((always_inline)) {
+        ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, nullptr, CubeMemo{}};
+        walkZeroShape<First, Dir, Second>(rec, s, x, w);
+        return w.p - rec.tgtPos;
+    };
+    double x = 0.0;
+    if (!abkSolveWith(rec, trial, &x, lo, hi)) {
+        printTo(rec.sink, "%s\n", errorLine);
+        return false;
+    }
+    ShapePoints points;
+    points.n = 0;
+    ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, &points, CubeMemo{}};
+    walkZeroShape<First, Dir, Second>(rec, s, x, w);
+    writeShape(rec, points);
+    return true;
 }
 
 }  // namespace
@@ -277,42 +303,42 @@ bool solveZeroShape(AxisPlan& rec, Pulse first, double dir, Pulse second, double
 
 // a0 -> A, hold A, A -> 0 (at x), cruise, 0 -> -q, -q -> 0.
 double residualPosTrapZeroNegTri(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Trap, -1.0, Pulse::Tri);
+    return zeroShapeResidual<Pulse::Trap, -1, Pulse::Tri>(rec, *x);
 }
 
 // a0 -> x, x -> 0, cruise, 0 -> -q, -q -> 0.
 double residualPosTriZeroNegTri(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Tri, -1.0, Pulse::Tri);
+    return zeroShapeResidual<Pulse::Tri, -1, Pulse::Tri>(rec, *x);
 }
 
 // a0 -> A, hold A, A -> 0 (at x), cruise, 0 -> -A, hold -A, -A -> 0.
 double residualPosTrapZeroNegTrap(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Trap, -1.0, Pulse::Trap);
+    return zeroShapeResidual<Pulse::Trap, -1, Pulse::Trap>(rec, *x);
 }
 
 // a0 -> x, x -> 0, cruise, 0 -> -A, hold -A, -A -> 0.
 double residualPosTriZeroNegTrap(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Tri, -1.0, Pulse::Trap);
+    return zeroShapeResidual<Pulse::Tri, -1, Pulse::Trap>(rec, *x);
 }
 
 // a0 -> A, hold A, A -> 0 (at x), cruise, 0 -> q, q -> 0.
 double residualPosTrapZeroPosTri(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Trap, 1.0, Pulse::Tri);
+    return zeroShapeResidual<Pulse::Trap, 1, Pulse::Tri>(rec, *x);
 }
 
 // a0 -> x, x -> 0, cruise, 0 -> q, q -> 0.
 double residualPosTriZeroPosTri(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Tri, 1.0, Pulse::Tri);
+    return zeroShapeResidual<Pulse::Tri, 1, Pulse::Tri>(rec, *x);
 }
 
 // a0 -> x, x -> 0, cruise, 0 -> A, hold A, A -> 0.
 double residualPosTriZeroPosTrap(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Tri, 1.0, Pulse::Trap);
+    return zeroShapeResidual<Pulse::Tri, 1, Pulse::Trap>(rec, *x);
 }
 
 // a0 -> A, hold A, A -> 0 (at x), cruise, 0 -> A, hold A, A -> 0.
 double residualPosTrapZeroPosTrap(AxisPlan& rec, const double* x) {
-    return zeroShapeResidual(rec, *x, Pulse::Trap, 1.0, Pulse::Trap);
+    return zeroShapeResidual<Pulse::Trap, 1, Pulse::Trap>(rec, *x);
 }
 
 // ---------------------------------------------------------------------------
@@ -483,7 +509,7 @@ bool solveStep2PosTrapZeroNegTri(PlannerState&, AxisPlan& rec) {
     const double s = guardedRoot(a0 * A - a0 * a0 / 2.0 + (v0 - vt) * J + A * J * T);
     const double lo = std::max(vt, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
     const double hi = std::min({V, vt + A * A / J, vt + (s - A) * (s - A) / J});
-    return solveZeroShape(rec, Pulse::Trap, -1.0, Pulse::Tri, lo, hi, "step2_PTZNt error!");
+    return solveZeroShape<Pulse::Trap, -1, Pulse::Tri>(rec, lo, hi, "step2_PTZNt error!");
 }
 
 bool solveStep2PosTriZeroNegTri(PlannerState&, AxisPlan& rec) {
@@ -518,7 +544,7 @@ bool solveStep2PosTriZeroNegTri(PlannerState&, AxisPlan& rec) {
     const double m = (TJ + a0) / 2.0;
     const double c = (m + (J * (vt - v0) + a0 * a0 / 2.0) / m) / 2.0;
     const double hi = std::min(h, c);
-    return solveZeroShape(rec, Pulse::Tri, -1.0, Pulse::Tri, lo, hi, "step2_PtZNt error!");
+    return solveZeroShape<Pulse::Tri, -1, Pulse::Tri>(rec, lo, hi, "step2_PtZNt error!");
 }
 
 bool solveStep2PosTrapZeroNegTrap(PlannerState&, AxisPlan& rec) {
@@ -528,7 +554,7 @@ bool solveStep2PosTrapZeroNegTrap(PlannerState&, AxisPlan& rec) {
     const double lo = std::max({-V, vt + A * A / J, v0 + (A * A - a0 * a0 / 2.0) / J});
     const double hi = std::min(
         V, (vt + v0 + T * A) / 2.0 - (a0 * a0 / 4.0 - a0 * A / 2.0 + A * A) / J);
-    return solveZeroShape(rec, Pulse::Trap, -1.0, Pulse::Trap, lo, hi, "step2_PTZNT error!");
+    return solveZeroShape<Pulse::Trap, -1, Pulse::Trap>(rec, lo, hi, "step2_PTZNT error!");
 }
 
 bool solveStep2PosTriZeroNegTrap(PlannerState&, AxisPlan& rec) {
@@ -541,7 +567,7 @@ bool solveStep2PosTriZeroNegTrap(PlannerState&, AxisPlan& rec) {
     const double hi =
         std::min(guardedRoot((vTop - v0) * J + a0 * a0 / 2.0),
                  guardedRoot((J * T + a0) * A + (vt - v0) * J + a0 * a0 / 2.0) - A);
-    return solveZeroShape(rec, Pulse::Tri, -1.0, Pulse::Trap, lo, hi, "step2_PtZNT error!");
+    return solveZeroShape<Pulse::Tri, -1, Pulse::Trap>(rec, lo, hi, "step2_PtZNT error!");
 }
 
 bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
@@ -554,7 +580,7 @@ bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
         lo = std::max(lo, vt - st.trapTriSeed * st.trapTriSeed / J);
     }
     const double hi = std::min(V, vt);
-    return solveZeroShape(rec, Pulse::Trap, 1.0, Pulse::Tri, lo, hi, "step2_PTZPt error!");
+    return solveZeroShape<Pulse::Trap, 1, Pulse::Tri>(rec, lo, hi, "step2_PTZPt error!");
 }
 
 bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
@@ -570,7 +596,7 @@ bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
         hi = std::min(hi, st.triTriSeed);
     }
     st.triTriSeedMode = 0;
-    return solveZeroShape(rec, Pulse::Tri, 1.0, Pulse::Tri, lo, hi, "step2_PtZPt error!");
+    return solveZeroShape<Pulse::Tri, 1, Pulse::Tri>(rec, lo, hi, "step2_PtZPt error!");
 }
 
 bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
@@ -583,7 +609,7 @@ bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
         st.triTrapSeedSet = 0;
         hi = std::min(hi, st.triTrapSeed);
     }
-    return solveZeroShape(rec, Pulse::Tri, 1.0, Pulse::Trap, lo, hi, "step2_PtZPT error!");
+    return solveZeroShape<Pulse::Tri, 1, Pulse::Trap>(rec, lo, hi, "step2_PtZPT error!");
 }
 
 bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
@@ -598,7 +624,7 @@ bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
     }
     const double lo = std::max(-V, v0 + (2.0 * A * A - a0 * a0) / (2.0 * J));
     const double hi = std::min(V, vt - A * A / J);
-    return solveZeroShape(rec, Pulse::Trap, 1.0, Pulse::Trap, lo, hi, "step2_PTZPT error!");
+    return solveZeroShape<Pulse::Trap, 1, Pulse::Trap>(rec, lo, hi, "step2_PTZPT error!");
 }
 
 bool solveStep2PosTrapHldNegLin(PlannerState& st, AxisPlan& rec) {

@@ -10,6 +10,8 @@
 #ifndef VEKTA_STATE_TEXT_OUTPUT_H
 #define VEKTA_STATE_TEXT_OUTPUT_H
 
+#include <cstring>
+
 #include "state/output_sink.h"
 
 namespace vekta {
@@ -49,7 +51,9 @@ void appendInt(TextOutput& out, int n);
 void appendLiteral(TextOutput& out, const char* text, int length);
 template <int N>
 inline void appendLiteral(TextOutput& out, const char (&text)[N]) {
-    appendLiteral(out, text, N - 1);
+    if (out.length + (N - 1) > kTextCapacity) return appendLiteral(out, text, N - 1);
+    std::memcpy(out.text + out.length, text, N - 1);  // a sink that is off never reads it
+    out.length += N - 1;
 }
 
 // Hand the message to the sink.
