@@ -90,6 +90,7 @@ void trackNoStop(PlannerState& st, int finished) {
     st.newPlan = false;
     st.lastFirstPos = 0.0;
     st.noStopPending = false;
+    for (AxisPlan& r : st.records) r.sampleSectionEnd = NAN;
     validateSectionTimes(st);
 }
 
@@ -173,6 +174,7 @@ namespace {
     }
     r.sampleCount = period;
     r.secCursor = cursor;
+    r.sampleSectionEnd = NAN;  // its cursor may have passed sections whose times go back
     count = curveEnded ? sampleEndState(r, k, c, t, pos, vel, acc) : k;
 
     const int finished = periodTime(r.sampleCount) >= r.secTime[points > 0 ? points - 1 : 0] ? 1 : 0;
@@ -199,11 +201,32 @@ namespace {
     return sampleAnyCall(defaultState(), axis, nSamples, pos, vel, acc, count);
 }
 
+// Move the cursor to the section that time t falls in, as sampleAnyCall
+// does, and copy that section's start state, jerk and end time into the
+// record. False, with the cursor untouched, when t lies past the curve.
+[[gnu::noinline]] bool enterSection(AxisPlan& r, double t) {
+    const double* times = r.secTime;
+    int c = r.secCursor;
+    while (c < r.pointCount && t > times[c]) ++c;
+    if (c >= r.pointCount) return false;
+    const double t0 = times[c - 1], a0 = r.secAcc[c - 1];
+    const double dA = r.secAcc[c] - a0;
+    r.secCursor = c;
+    r.sampleT0 = t0;
+    r.sampleA0 = a0;
+    r.sampleV0 = r.secVel[c - 1];
+    r.sampleP0 = r.secPos[c - 1];
+    r.sampleJerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (times[c] - t0);
+    r.sampleSectionEnd = times[c];
+    return true;
+}
+
 // The call a controller makes for every axis in every period: one sample,
 // inside the curve of a six-axis plan, no report due. It does what
-// sampleAnyCall does for it, without a stack frame; anything else (and a
-// sample past the curve's end) goes to `other` (sampleAnyCall) before
-// touching the state.
+// sampleAnyCall does for it, from the record's copy of the current section
+// while the sample time stays inside it (within a section the cursor does
+// not move); anything else (and a sample past the curve's end) goes to
+// `other` (sampleAnyCall) before touching the state.
 template <typename OtherCall>
 [[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
                                              double* vel, double* acc, int& count,
@@ -213,24 +236,16 @@ template <typename OtherCall>
         return other();
     }
     AxisPlan& r = st.records[axis];
-    const int points = r.pointCount;
     const double t = periodTime(r.sampleCount + 1);
-    const double* times = r.secTime;
-    int c = r.secCursor;
-    while (c < points && t > times[c]) ++c;
-    if (c >= points) return other();
+    if (!(t <= r.sampleSectionEnd) && !enterSection(r, t)) return other();
     int period = r.sampleCount;
     nextPeriod(period);
-    const int finished = periodTime(period) >= times[points - 1] ? 1 : 0;
+    const int finished = periodTime(period) >= r.secTime[r.pointCount - 1] ? 1 : 0;
     r.sampleCount = period;
-    r.secCursor = c;
     count = 1;
 
-    const double t0 = times[c - 1], a0 = r.secAcc[c - 1];
-    const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
-    const double dA = r.secAcc[c] - a0;
-    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (times[c] - t0);
-    const double tau = t - t0;
+    const double a0 = r.sampleA0, v0 = r.sampleV0, p0 = r.sampleP0, jerk = r.sampleJerk;
+    const double tau = t - r.sampleT0;
     const double halfTau2 = tau * tau / 2.0;
     acc[0] = a0 + jerk * tau;
     vel[0] = v0 + a0 * tau + jerk * halfTau2;

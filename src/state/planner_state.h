@@ -58,6 +58,10 @@ struct AxisPlan {
     bool coefDirty;   // coefCache must be recomputed
     int sampleCount;  // control periods sampled since the last update
     int secCursor;    // index of the point that ends the section being sampled
+    // The sampler's copy of section secCursor: its start state and time, its
+    // jerk and its end time. Stale (a NaN end) after an update and whenever
+    // the general sampling path has moved on.
+    double sampleT0, sampleA0, sampleV0, sampleP0, sampleJerk, sampleSectionEnd;
     const OutputSink* sink;  // the planner's output, for print sites that see only the record
 };
 
