@@ -60,6 +60,24 @@ char* twoDigits(char* out, unsigned n) {
     return out + 2;
 }
 
+// "000" to "999", four bytes apart, for the six decimals of %f in two steps.
+struct DigitTriples {
+    char text[1000][4];
+    constexpr DigitTriples() : text{} {
+        for (int n = 0; n < 1000; ++n) {
+            text[n][0] = static_cast<char>('0' + n / 100);
+            text[n][1] = static_cast<char>('0' + n / 10 % 10);
+            text[n][2] = static_cast<char>('0' + n % 10);
+        }
+    }
+};
+constexpr DigitTriples kDigitTriples;
+
+char* threeDigits(char* out, unsigned n) {
+    std::memcpy(out, kDigitTriples.text[n], 4);  // the fourth byte is overwritten or unused
+    return out + 3;
+}
+
 // n in decimal, as many digits as it takes.
 [[gnu::noinline]] char* decimal(char* out, std::uint64_t n) {
     char digits[20];
@@ -107,9 +125,8 @@ char* reserve(TextOutput& out, int size) {
         p = decimal(p, static_cast<std::uint64_t>(whole));
     }
     *p++ = '.';
-    p = twoDigits(p, micros / 10000);
-    p = twoDigits(p, micros / 100 % 100);
-    p = twoDigits(p, micros % 100);
+    p = threeDigits(p, micros / 1000);
+    p = threeDigits(p, micros % 1000);
     return static_cast<int>(p - out);
 }
 
