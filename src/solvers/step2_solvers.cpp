@@ -93,7 +93,7 @@ void markPoint(ShapeWalk& w) {
 // The closing ramp: duration d at jerk j down to zero acceleration, ending at
 // time T with velocity vt. Integrated backwards from that end, it covers
 // vt d + j d^3 / 6 (share = jerkShare(j, d)).
-void finalRampShared(ShapeWalk& w, double d, double share, double T, double vt) {
+[[gnu::always_inline]] inline void finalRampShared(ShapeWalk& w, double d, double share, double T, double vt) {
     w.p += vt * d + share;
     w.v = vt;
     w.a = 0.0;
@@ -112,7 +112,7 @@ struct TriPeak {
     double halfSquare;  // peak^2 / 2
 };
 
-TriPeak triPeak(double radicand) {
+[[gnu::always_inline]] inline TriPeak triPeak(double radicand) {
     if (radicand > 0.0) {
         const double q = std::sqrt(radicand);
         return {q, q * q / 2.0};
@@ -122,7 +122,7 @@ TriPeak triPeak(double radicand) {
 
 // A triangular pulse from zero acceleration to dir * peak and back to zero,
 // ending the shape at (T, vt).
-void triTail(ShapeWalk& w, double dir, const TriPeak& tp, double J, double T, double vt) {
+[[gnu::always_inline]] inline void triTail(ShapeWalk& w, double dir, const TriPeak& tp, double J, double T, double vt) {
     const double d = tp.peak / J;
     const double d3 = cube(d);  // both halves last d
     w.p += w.v * d + w.a * d * d / 2.0 + dir * J * d3 / 6.0;

@@ -117,7 +117,7 @@ struct CubeMemo {
     double value = 0.0;
 };
 
-inline double cube(double x, CubeMemo& memo) {
+[[gnu::always_inline]] inline double cube(double x, CubeMemo& memo) {
     std::uint64_t bits;
     std::memcpy(&bits, &x, sizeof bits);
     if (bits != memo.bits) {
@@ -127,7 +127,7 @@ inline double cube(double x, CubeMemo& memo) {
     return memo.value;
 }
 
-inline double jerkShare(double j, double d, CubeMemo& memo) {
+[[gnu::always_inline]] inline double jerkShare(double j, double d, CubeMemo& memo) {
     if (j == 0.0 && std::fabs(d) <= cube_detail::kMaxExact) return j * d;
     return j * cube(d, memo) / 6.0;
 }

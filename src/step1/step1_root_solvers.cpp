@@ -82,7 +82,7 @@ double triangleFromStateConst(double v, double a, double J) {
 //   P(w) - pt = K + w^2/(2A) + w A/(2J) + (w + vt) s/J,  s = root(J (w - vt)),
 //   K = (p - pt) + gain(a -> A) - v1^2/(2A) - A^3/(24 J^2).
 // coefCache: 0 K, 1 1/(2A), 2 A/(2J), 3 vt, 4 J, 5 gain.
-double residualPTNt(AxisPlan& rec, const double* wp) {
+[[gnu::always_inline]] inline double residualPTNt(AxisPlan& rec, const double* wp) {
     double* c = rec.coefCache;
     if (rec.coefDirty) {
         const double v = rec.curVel, a = rec.curAcc, A = rec.maxAcc, J = rec.maxJerk;
@@ -108,7 +108,7 @@ double residualPTNt(AxisPlan& rec, const double* wp) {
 //   K = (p - pt) + gain(a -> A) - (v1^2 + v5^2)/(2A) + A^3/(12 J^2) + vt A/J,
 // with v1 = v + (A^2 - a^2)/(2J) and v5 = vt + A^2/(2J).
 // coefCache: 0 K, 1 1/A, 2 A/J, 3 gain.
-double residualPTNT(AxisPlan& rec, const double* xp) {
+[[gnu::always_inline]] inline double residualPTNT(AxisPlan& rec, const double* xp) {
     double* c = rec.coefCache;
     if (rec.coefDirty) {
         const double v = rec.curVel, vt = rec.tgtVel, a = rec.curAcc;
@@ -134,7 +134,7 @@ double residualPTNT(AxisPlan& rec, const double* xp) {
 //   P(x) - pt = x^4/(2 A J^2) + x^3/J^2 + x^2 (vz/(A J) + A/(2 J^2)) + 2 vz x/J + C,
 //   C = (p - pt) - v a/J + a^3/(3 J^2) + (vz^2 - vt^2)/(2A) + (vz + vt) A/(2J).
 // coefCache: 0..4 the coefficients of x^4 .. x^0, 5 gain.
-double residualPtNT(AxisPlan& rec, const double* xp) {
+[[gnu::always_inline]] inline double residualPtNT(AxisPlan& rec, const double* xp) {
     double* c = rec.coefCache;
     if (rec.coefDirty) {
         const double v = rec.curVel, vt = rec.tgtVel, a = rec.curAcc;
@@ -159,7 +159,7 @@ double residualPtNT(AxisPlan& rec, const double* xp) {
 //   P(x) - pt = C + x^3/J^2 + 2 vz x/J + (w + vt) s/J,
 //   C = (p - pt) - v a/J + a^3/(3 J^2).
 // coefCache: 0 C, 1 1/J^2, 2 2 vz/J, 3 vz, 4 vt, 5 J, 6 gain.
-double residualPtNt(AxisPlan& rec, const double* xp) {
+[[gnu::always_inline]] inline double residualPtNt(AxisPlan& rec, const double* xp) {
     double* c = rec.coefCache;
     if (rec.coefDirty) {
         const double v = rec.curVel, a = rec.curAcc, J = rec.maxJerk;
@@ -190,7 +190,7 @@ double residualPtNt(AxisPlan& rec, const double* xp) {
 //   P(x) - pt = C + x^3/J^2 + 2 vz x/J + q (2 vz/J + 2 x^2/J^2) - q^3/J^2,
 //   C = (p - pt) - v a/J + a^3/(3 J^2).
 // coefCache: 0 C, 1 1/J^2, 2 2 vz/J, 3 d, 4 gain.
-double residualPLNt(AxisPlan& rec, const double* xp) {
+[[gnu::always_inline]] inline double residualPLNt(AxisPlan& rec, const double* xp) {
     double* c = rec.coefCache;
     if (rec.coefDirty) {
         const double v = rec.curVel, a = rec.curAcc, J = rec.maxJerk;

@@ -62,11 +62,11 @@ Reach reachFrom(const AxisPlan& rec) {
 }
 
 // Z: release the acceleration to 0 at -J (the velocity becomes vz).
-void Z(Reach& r) { section(r, -r.J, r.a / r.J, 0.0); }
+[[gnu::always_inline]] inline void Z(Reach& r) { section(r, -r.J, r.a / r.J, 0.0); }
 
 // PosTri(u -> w): from the present acceleration b up to the peak
 // root(b^2/2 + J (w - u)) and back to 0.
-void posTri(Reach& r, double w) {
+[[gnu::always_inline]] inline void posTri(Reach& r, double w) {
     const double b = r.a;
     const double ap = guardedRoot(b * b / 2.0 + r.J * (w - r.v));
     section(r, r.J, (ap - b) / r.J, ap);
@@ -74,13 +74,13 @@ void posTri(Reach& r, double w) {
 }
 
 // PosTri peak A: up to exactly A and back to 0, no hold.
-void posTriPeakA(Reach& r) {
+[[gnu::always_inline]] inline void posTriPeakA(Reach& r) {
     section(r, r.J, (r.A - r.a) / r.J, r.A);
     section(r, -r.J, r.A / r.J, 0.0);
 }
 
 // PosTrap(u -> w): up to A, hold A as long as the velocity change needs, back to 0.
-void posTrap(Reach& r, double w) {
+[[gnu::always_inline]] inline void posTrap(Reach& r, double w) {
     const double b = r.a;
     const double A = r.A, J = r.J;
     const double hold = (w - r.v - (2.0 * A * A - b * b) / (2.0 * J)) / A;
@@ -93,7 +93,7 @@ void posTrap(Reach& r, double w) {
 // where the acceleration has already been released.
 
 // NegTri(u -> w): 0 -> -root(J (u - w)) -> 0.
-void negTri(Reach& r, double w) {
+[[gnu::always_inline]] inline void negTri(Reach& r, double w) {
     const double an = guardedRoot(r.J * (r.v - w));
     r.a = 0.0;
     section(r, -r.J, an / r.J, -an);
@@ -101,14 +101,14 @@ void negTri(Reach& r, double w) {
 }
 
 // NegTri peak -A: 0 -> -A -> 0, the velocity falls by A^2/J.
-void negTriPeakA(Reach& r) {
+[[gnu::always_inline]] inline void negTriPeakA(Reach& r) {
     r.a = 0.0;
     section(r, -r.J, r.A / r.J, -r.A);
     section(r, r.J, r.A / r.J, 0.0);
 }
 
 // NegTrap(u -> w): 0 -> -A, hold -A as long as needed, -A -> 0.
-void negTrap(Reach& r, double w) {
+[[gnu::always_inline]] inline void negTrap(Reach& r, double w) {
     const double A = r.A, J = r.J;
     const double hold = (r.v - w - A * A / J) / A;
     r.a = 0.0;

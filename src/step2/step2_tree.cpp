@@ -118,7 +118,7 @@ struct Section {
 };
 
 // Integrate the sections in order, exactly.
-Motion run(Motion m, std::initializer_list<Section> sections) {
+[[gnu::always_inline]] inline Motion run(Motion m, std::initializer_list<Section> sections) {
     CubeMemo memo;
     for (const Section& s : sections) {
         const double d = s.dur, j = s.jerk;
@@ -132,7 +132,7 @@ Motion run(Motion m, std::initializer_list<Section> sections) {
 Motion startOf(const Kin& k) { return Motion{k.p0, k.v0, k.a0}; }
 
 // End position of a shape that starts from the present state.
-double endPos(const Kin& k, std::initializer_list<Section> sections) {
+[[gnu::always_inline]] inline double endPos(const Kin& k, std::initializer_list<Section> sections) {
     return run(startOf(k), sections).p;
 }
 
