@@ -20,6 +20,9 @@
 
 #include "support/transcript.h"
 #include "vekta/vekta.h"
+#ifdef VEKTA_TRANSCRIPT_BASELINE  // the same motions planned by the baseline copy of the core
+#include "planner/planning_pass.h"
+#endif
 
 namespace vekta::test {
 namespace {
@@ -178,6 +181,9 @@ std::vector<std::string> runMotion(int index, Output& out, std::string& problems
 }
 
 TEST(Transcript, EveryMotionPrintsAndReturnsExactlyWhatItDidWhenPinned) {
+#ifdef VEKTA_TRANSCRIPT_BASELINE
+    ASSERT_FALSE(selectPlanningCopy(false));
+#endif
     std::vector<std::vector<std::string>> transcripts;
     std::string problems;
     {

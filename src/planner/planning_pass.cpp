@@ -17,6 +17,19 @@
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"
 
+// The planning core (this pass, the trees, the solvers, the records' curve
+// operations and the text output) is compiled a second time where the
+// processor family has the fused multiply-add instruction, into a namespace of
+// its own: there the exact cubes take two instructions where Dekker's product
+// takes a dozen, with the same bits (see state/numerics.h). planAxes hands an
+// update to that copy when the processor has the instruction.
+#if defined(VEKTA_HAVE_FMA_COPY) && !defined(VEKTA_FMA_COPY)
+namespace vekta_fma {
+struct PlannerState;
+bool planAxes(PlannerState& st, bool positionMode);
+}  // namespace vekta_fma
+#endif
+
 namespace vekta {
 
 namespace {
@@ -238,9 +251,34 @@ const PlannerTables& defaultTables() {
     return tables;
 }
 
+#if defined(VEKTA_HAVE_FMA_COPY) && !defined(VEKTA_FMA_COPY)
+namespace {
+
+bool processorHasFma() {
+    __builtin_cpu_init();  // this runs among the library's static initialisers
+    return __builtin_cpu_supports("fma");
+}
+
+bool useFmaCopy = processorHasFma();
+
+}  // namespace
+
+bool selectPlanningCopy(bool fma) {
+    useFmaCopy = fma && processorHasFma();
+    return useFmaCopy;
+}
+
+bool planAxes(PlannerState& st, bool positionMode) {
+    if (useFmaCopy) return vekta_fma::planAxes(reinterpret_cast<vekta_fma::PlannerState&>(st), positionMode);
+    return planAxesWith(st, positionMode, defaultTables());
+}
+#else
+bool selectPlanningCopy(bool) { return false; }
+
 bool planAxes(PlannerState& st, bool positionMode) {
     return planAxesWith(st, positionMode, defaultTables());
 }
+#endif
 
 bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) {
     double maxT = -1.0;

@@ -29,6 +29,12 @@ const PlannerTables& defaultTables();
 // a profile; the first failure prints its line and ends the pass with false.
 bool planAxes(PlannerState& st, bool positionMode);
 
+// Which compilation of the planning core planAxes runs: the one for processors
+// with the fused multiply-add instruction (the default where the processor
+// has it and the library was built with that copy) or the baseline one; both
+// give the same bits. Returns whether the FMA copy is now in use.
+bool selectPlanningCopy(bool fma);
+
 // The same pass over other trees and solvers (tests provoke failures with it).
 bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tables);
 

@@ -56,12 +56,21 @@ inline void split(double a, double& hi, double& lo) {
 }
 
 // Dekker's product: a b = p + e exactly (no overflow or underflow assumed).
+// Where the fused multiply-add instruction is part of the target, it gives the
+// same exact e in one operation.
+#if defined(__FMA__)
+inline void twoProduct(double a, double, double, double b, double& p, double& e) {
+    p = a * b;
+    e = __builtin_fma(a, b, -p);
+}
+#else
 inline void twoProduct(double a, double aHi, double aLo, double b, double& p, double& e) {
     double bHi, bLo;
     split(b, bHi, bLo);
     p = a * b;
     e = ((aHi * bHi - p) + aHi * bLo + aLo * bHi) + aLo * bLo;
 }
+#endif
 
 // Distance from a rounded cube to the exact one that pow is sure to round
 // back to it, in units in the last place of the result: 0.46, less a margin
