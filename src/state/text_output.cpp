@@ -110,6 +110,11 @@ char* reserve(TextOutput& out, int size) {
 }
 
 [[gnu::always_inline]] inline int fixedText(char* out, double x) {
+    if (x == 0.0) {  // the commonest value of a curve: accelerations and start times
+        const bool negative = std::signbit(x);
+        std::memcpy(out, negative ? "-0.000000" : "0.000000", 9);  // a terminator past the text is scratch
+        return negative ? 9 : 8;
+    }
     const double ax = std::fabs(x);
     if (!(ax < kFastFixedLimit)) return standardConversion(out, x, std::chars_format::fixed);
     char* p = out;
