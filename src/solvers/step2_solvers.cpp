@@ -172,21 +172,15 @@ enum class Pulse { Tri, Trap };
 // the cube of a full ramp between 0 and +-A, and (Trap first) the state at
 // the end of the ramp a0 -> A.
 struct ZeroShape {
-    Pulse first;
-    double dir;
-    Pulse second;
     double fallShare;    // jerkShare(-J, A / J): a Trap-first pulse's A -> 0
     double pulseShares[2];  // jerkShare(dir J, A / J), jerkShare(-dir J, A / J): a Trap second pulse
     double riseT, riseA, riseV, riseP;
 };
 
-ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir, Pulse second) {
+ZeroShape zeroShapeOf(const AxisPlan& rec, Pulse first, double dir) {
     const double a0 = rec.curAcc, A = rec.maxAcc, J = rec.maxJerk;
     const double rampCube = cube(A / J);
-    ZeroShape s{first,
-                dir,
-                second,
-                -J * rampCube / 6.0,
+    ZeroShape s{-J * rampCube / 6.0,
                 {dir * J * rampCube / 6.0, -dir * J * rampCube / 6.0},
                 0.0,
                 0.0,
@@ -248,7 +242,7 @@ template <Pulse First, int Dir, Pulse Second>
 // asks for it.
 template <Pulse First, int Dir, Pulse Second>
 double zeroShapeResidual(AxisPlan& rec, double x) {
-    const ZeroShape s = zeroShapeOf(rec, First, Dir, Second);
+    const ZeroShape s = zeroShapeOf(rec, First, Dir);
     ShapePoints points;
     ShapeWalk w = startWalk(rec, points);
     walkZeroShape<First, Dir, Second>(rec, s, x, w);
@@ -277,7 +271,7 @@ bool solveAndWrite(AxisPlan& rec, Step2Residual residual, double lo, double hi, 
 // the root's shape is walked once more and written.
 template <Pulse First, int Dir, Pulse Second>
 bool solveZeroShape(AxisPlan& rec, double lo, double hi, const char* errorLine) {
-    const ZeroShape s = zeroShapeOf(rec, First, Dir, Second);
+    const ZeroShape s = zeroShapeOf(rec, First, Dir);
     const auto trial = [&rec, &s](double x) __attribute__((always_inline)) {
         ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, nullptr, CubeMemo{}};
         walkZeroShape<First, Dir, Second>(rec, s, x, w);
