@@ -24,6 +24,7 @@
 #include "support/test_support.h"
 #include "support/transcript.h"
 #include "vekta/vekta.h"
+#include "vekta/vekta_c.h"
 
 namespace vekta::test {
 namespace {
@@ -169,18 +170,25 @@ TEST(BadInput, ACurveThatNeedsAFourteenthPointFailsItsAxis) {
 }
 
 TEST(BadInput, AxisCountsAxisIndicesAndSampleCountsOutsideTheirRange) {
-    // An axis count other than 1 or 6 is refused before any array is read.
+    // An axis count other than 1 or 6 is refused before any array is read,
+    // by the default planner and by one of one's own (its output off).
+    VektaPlanner* own = vektaPlannerCreate();
+    vektaPlannerOutputOff(own);
     for (const int n : {0, 2, 5, 7, -1, INT_MIN, INT_MAX}) {
         defaultState() = PlannerState{};
         StdoutCapture out;
         const bool ok = vektaPostionModeParaUpd(n, nullptr, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr, 0) ||
                         vektaVelocityModeParaUpd(n, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr, 0) ||
-                        vektaPostionModeParaUpdConveyor(n, 0.1, 1.0, nullptr, nullptr, nullptr, 1.0, 0.1);
+                        vektaPostionModeParaUpdConveyor(n, 0.1, 1.0, nullptr, nullptr, nullptr, 1.0, 0.1) ||
+                        vektaPlannerPositionUpdate(own, n, nullptr, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr) ||
+                        vektaPlannerVelocityUpdate(own, n, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr) ||
+                        vektaPlannerConveyorUpdate(own, n, 0.1, 1.0, nullptr, nullptr, nullptr, 1.0, 0.1);
         const std::string line = "vekta: incorrect freedom number-" + std::to_string(n) + "!\n";
         EXPECT_FALSE(ok);
         EXPECT_EQ(out.text(), line + line + line);
         EXPECT_EQ(vektaCheckPlan(nullptr, 0), VEKTA_CHECK_NO_PLAN);
     }
+    vektaPlannerDestroy(own);
     // Axes outside the plan, sample counts of zero or below, sampling before
     // any update: nothing written, nothing printed, no period passes.
     std::string problems;
