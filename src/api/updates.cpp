@@ -49,6 +49,20 @@ void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, do
     r.secCursor = 1;
 }
 
+// "%f p %f v %f a %f inv %d" of an axis's target, state and mirror sign: the
+// part the posUpd and velUpd lines share.
+[[gnu::always_inline]] inline void appendAxisState(TextOutput& out, const AxisPlan& r) {
+    appendFixed(out, r.tgtPos);
+    appendLiteral(out, " p ");
+    appendFixed(out, r.curPos);
+    appendLiteral(out, " v ");
+    appendFixed(out, r.curVel);
+    appendLiteral(out, " a ");
+    appendFixed(out, r.curAcc);
+    appendLiteral(out, " inv ");
+    appendInt(out, r.inv);
+}
+
 int printablePoints(const AxisPlan& r) { return r.pointCount < kMaxPoints ? r.pointCount : kMaxPoints; }
 
 // Recovery mode: an update whose plan the plan check rejects fails like one
@@ -86,15 +100,7 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
         // "posUpd: 1st pt %f p %f v %f a %f inv %d peroid %f\n", then "(%f %f)"
         // per point and "\n", piece by piece.
         appendLiteral(out, "posUpd: 1st pt ");
-        appendFixed(out, r0.tgtPos);
-        appendLiteral(out, " p ");
-        appendFixed(out, r0.curPos);
-        appendLiteral(out, " v ");
-        appendFixed(out, r0.curVel);
-        appendLiteral(out, " a ");
-        appendFixed(out, r0.curAcc);
-        appendLiteral(out, " inv ");
-        appendInt(out, r0.inv);
+        appendAxisState(out, r0);
         appendLiteral(out, " peroid ");
         appendFixed(out, CYCLE_TIME);
         appendLiteral(out, "\n");
@@ -128,15 +134,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
         TextOutput out;
         beginText(out, &st.output);
         appendLiteral(out, "velUpd: pt ");
-        appendFixed(out, r0.tgtPos);
-        appendLiteral(out, " p ");
-        appendFixed(out, r0.curPos);
-        appendLiteral(out, " v ");
-        appendFixed(out, r0.curVel);
-        appendLiteral(out, " a ");
-        appendFixed(out, r0.curAcc);
-        appendLiteral(out, " inv ");
-        appendInt(out, r0.inv);
+        appendAxisState(out, r0);
         appendLiteral(out, " \n");
         writeText(out);
     }
