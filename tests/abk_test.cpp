@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "solvers/abk.h"
+#include "numeric/abk.h"
 #include "support/test_support.h"
 
 namespace vekta::test {
@@ -62,7 +62,7 @@ const Row kRows[] = {
     {"a negative kept residual is accepted", recorded<jumpAtZero>, -1.0, 1.0, true, 0.0, 1e-5, "", -1,
      {kNo, kNo, kNo}},
     {"out of iterations: the midpoint of the bracket passed in", recorded<farJump>, 0.0, 3e30, false, 1.5e30, 0.0,
-     "abk timeout *", 3 + 2 * ABK_MAX_ITER, {kNo, kNo, kNo}},
+     "abk timeout *", 3 + 2 * kAbkMaxIterations, {kNo, kNo, kNo}},
 };
 
 TEST(Abk, EveryPathOfTheRootFinder) {
@@ -90,7 +90,7 @@ TEST(Abk, EveryPathOfTheRootFinder) {
         if (row.trials >= 0) {
             EXPECT_EQ(static_cast<int>(g_trials.size()), row.trials);
         }
-        EXPECT_LE(g_trials.size(), 3u + 2u * ABK_MAX_ITER);
+        EXPECT_LE(g_trials.size(), 3u + 2u * kAbkMaxIterations);
         for (int k = 0; k < 3; ++k) {
             if (!std::isnan(row.first[k])) {
                 EXPECT_EQ(g_trials.at(k), row.first[k]) << k;

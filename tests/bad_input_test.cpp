@@ -17,8 +17,9 @@
 #include <string>
 #include <vector>
 
+#include "api/default_state.h"
 #include "engine/decision_tree.h"
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"
 #include "support/test_support.h"
@@ -104,8 +105,8 @@ std::vector<std::string> runRow(const std::string& what, const Update& u, Output
     for (int axis = 0; axis < (st.axisCount == 1 || st.axisCount == 6 ? st.axisCount : 0); ++axis) {
         const AxisPlan& r = st.records[axis];
         const double end = r.pointCount > 0 ? r.secTime[r.pointCount - 1] : 0.0;
-        const bool mustFinish = code == VEKTA_CHECK_OK && end < kBlindCalls * CYCLE_TIME;
-        const int budget = mustFinish ? static_cast<int>(std::ceil(end / CYCLE_TIME)) + 1 : kBlindCalls;
+        const bool mustFinish = code == VEKTA_CHECK_OK && end < kBlindCalls * kCyclePeriod;
+        const int budget = mustFinish ? static_cast<int>(std::ceil(end / kCyclePeriod)) + 1 : kBlindCalls;
         double p = 0.0, v = 0.0, a = 0.0;
         int done = 0, calls = 0;
         for (; calls < budget && done == 0; ++calls) {

@@ -13,8 +13,8 @@
 #include <random>
 #include <string>
 
-#include "state/numerics.h"
-#include "state/text_output.h"
+#include "numeric/numerics.h"
+#include "output/text_output.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <limits>
 #include <string>
 
-#include "api/plan_check.h"
+#include "check/plan_check.h"
 #include "support/test_support.h"
 #include "vekta/vekta.h"
 

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <string>
 
+#include "api/default_state.h"
 #include "support/test_support.h"
 #include "vekta/vekta.h"
 

@@ -19,10 +19,11 @@
 #include <utility>
 #include <vector>
 
+#include "numeric/axis_curve.h"
 #include "planner/planning_pass.h"
 #include "step1/step1_solvers.h"
 #include "step1/step1_tree.h"
-#include "step2/prologue_nodes.h"
+#include "engine/prologue_nodes.h"
 #include "support/test_support.h"
 
 namespace vekta::test {

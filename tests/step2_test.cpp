@@ -17,7 +17,8 @@
 #include <vector>
 
 #include "engine/decision_tree.h"
-#include "solvers/step2_solvers.h"
+#include "numeric/axis_curve.h"
+#include "step2/step2_solvers.h"
 #include "step2/step2_tree.h"
 #include "support/test_support.h"
 #include "support/transcript.h"

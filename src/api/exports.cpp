@@ -1,19 +1,22 @@
 // The exported entry points: thin wrappers over the process-wide default state.
-#include "api/plan_check.h"
-#include "api/sampler.h"
-#include "api/updates.h"
+#include "api/default_state.h"
+#include "check/plan_check.h"
+#include "planner/sampler.h"
+#include "planner/updates.h"
 #include "vekta/vekta.h"
 
 using vekta::defaultState;
 
+vekta::PlannerState vekta::processState;
+
 int vektaPositionModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {
-    return vekta::sampleDefault(axis, nSamples, pos, vel, acc, count);
+    return vekta::samplePlan(defaultState(), axis, nSamples, pos, vel, acc, count);
 }
 
 int vektaVelocityModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {
-    return vekta::sampleDefault(axis, nSamples, pos, vel, acc, count);
+    return vekta::samplePlan(defaultState(), axis, nSamples, pos, vel, acc, count);
 }
 
 double getLeftMoveTime() { return vekta::leftMoveTime(defaultState()); }

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <new>
 
-#include "api/plan_check.h"
-#include "api/sampler.h"
-#include "api/updates.h"
+#include "check/plan_check.h"
+#include "planner/sampler.h"
+#include "planner/updates.h"
 #include "vekta/vekta_c.h"
 
 struct VektaPlanner {

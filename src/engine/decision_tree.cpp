@@ -4,6 +4,7 @@
 // and successors[2n + 1] on false, stop at 0); they differ in where they
 // start, where they stop early, what they print and what they count.
 #include "engine/decision_tree.h"
+#include "numeric/axis_curve.h"
 
 #include <cstdio>
 
@@ -21,12 +22,6 @@ int successor(const DecisionTree& tree, int node, bool result) {
 }
 
 }  // namespace
-
-void walkTree(PlannerState& st, const DecisionTree& tree, AxisPlan& rec, int start) {
-    for (int n = start; n != 0;) {
-        n = successor(tree, n, tree.nodes[n](st, rec));
-    }
-}
 
 void walkStep1Position(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
     if (st.traceOn) printTo(&st.output, "step1 start: idx(pt inv) ");

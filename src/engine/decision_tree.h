@@ -3,26 +3,11 @@
 #ifndef VEKTA_ENGINE_DECISION_TREE_H
 #define VEKTA_ENGINE_DECISION_TREE_H
 
-#include <cstdint>
-
-#include "state/planner_state.h"
+#include "records/decision_tree.h"
+#include "output/text_output.h"
+#include "records/planner_state.h"
 
 namespace vekta {
-
-// A tree node: a predicate that may also change the record on the way (mirror
-// it, append a section, set a profile id) or leave hints in the planner state.
-using NodeFn = bool (*)(PlannerState& st, AxisPlan& rec);
-
-// nodes[n] is node n; successors[2n] follows a true result, successors[2n + 1]
-// a false one; 0 stops the walk. Node 0 is a placeholder.
-struct DecisionTree {
-    const NodeFn* nodes;
-    const std::int32_t* successors;
-    int nodeCount;
-};
-
-// The plain walk: from `start`, call each node and follow its successor.
-void walkTree(PlannerState& st, const DecisionTree& tree, AxisPlan& rec, int start);
 
 // Step-1 walk of a position-mode plan: from node 1, with the trace prints, and
 // continuing at node 9 after node 5 whatever node 5 returned.

@@ -12,7 +12,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "state/text_output.h"
+#include "numeric/axis_curve.h"
+#include "output/text_output.h"
 #include "step1/step1_solvers.h"
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"

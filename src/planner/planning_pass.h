@@ -4,9 +4,9 @@
 #define VEKTA_PLANNER_PLANNING_PASS_H
 
 #include "engine/decision_tree.h"
-#include "solvers/step2_solvers.h"
-#include "solvers/vel_shapes.h"
-#include "state/planner_state.h"
+#include "step2/step2_solvers.h"
+#include "numeric/vel_shapes.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -16,8 +16,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "state/numerics.h"
-#include "state/text_output.h"
+#include "numeric/numerics.h"
+#include "numeric/axis_curve.h"
+#include "output/text_output.h"
 #include "step1/step1_solvers.h"
 
 namespace vekta {

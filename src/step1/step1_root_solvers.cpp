@@ -35,9 +35,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "solvers/abk.h"
-#include "state/numerics.h"
-#include "state/text_output.h"
+#include "numeric/abk.h"
+#include "numeric/axis_curve.h"
+#include "numeric/numerics.h"
+#include "output/text_output.h"
 #include "step1/step1_solvers.h"
 
 namespace vekta {

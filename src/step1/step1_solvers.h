@@ -8,7 +8,7 @@
 #ifndef VEKTA_STEP1_STEP1_SOLVERS_H
 #define VEKTA_STEP1_STEP1_SOLVERS_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -20,10 +20,12 @@
 
 #include <cstdio>
 
-#include "solvers/vel_shapes.h"
-#include "state/numerics.h"
+#include "numeric/axis_curve.h"
+#include "numeric/vel_shapes.h"
+#include "numeric/numerics.h"
+#include "output/text_output.h"
 #include "step1/step1_solvers.h"
-#include "step2/prologue_nodes.h"
+#include "engine/prologue_nodes.h"
 
 namespace vekta {
 

@@ -4,8 +4,8 @@
 #ifndef VEKTA_STEP1_STEP1_TREE_H
 #define VEKTA_STEP1_STEP1_TREE_H
 
-#include "engine/decision_tree.h"
-#include "state/planner_state.h"
+#include "records/decision_tree.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -25,9 +25,10 @@
 #include <cmath>
 #include <initializer_list>
 
-#include "state/numerics.h"
-#include "state/text_output.h"
-#include "step2/prologue_nodes.h"
+#include "numeric/axis_curve.h"
+#include "numeric/numerics.h"
+#include "output/text_output.h"
+#include "engine/prologue_nodes.h"
 
 namespace vekta {
 

@@ -19,7 +19,7 @@
 #include <limits>
 #include <memory>
 
-#include "state/planner_state.h"
+#include "api/default_state.h"
 #include "vekta/vekta.h"
 
 namespace vekta::fuzz {
@@ -214,8 +214,8 @@ const char* sampleToEnd(bool velocityName) {
         int budget = kBlindSampleCalls;
         bool mustFinish = false;
         if (checked) {
-            const double left = r.secTime[r.pointCount - 1] - r.sampleCount * CYCLE_TIME;
-            const double periods = left > 0.0 ? std::ceil(left / CYCLE_TIME) + 1.0 : 1.0;
+            const double left = r.secTime[r.pointCount - 1] - r.sampleCount * kCyclePeriod;
+            const double periods = left > 0.0 ? std::ceil(left / kCyclePeriod) + 1.0 : 1.0;
             mustFinish = periods <= kLongPlan;
             if (mustFinish) budget = static_cast<int>(periods);
         }

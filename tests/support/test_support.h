@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-#include "state/curve_check.h"
-#include "state/planner_state.h"
+#include "check/curve_check.h"
+#include "records/planner_state.h"
 
 namespace vekta::test {
 

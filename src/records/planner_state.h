@@ -1,19 +1,20 @@
 // The planner's records: one AxisPlan per axis and the PlannerState that owns
 // six of them together with the flags, statistics and solver hints of a plan.
 //
-// Everything is plain data, zero at load. Internal functions take the record or
-// the state they work on; the exported entry points act on defaultState().
-#ifndef VEKTA_STATE_PLANNER_STATE_H
-#define VEKTA_STATE_PLANNER_STATE_H
+// Everything is plain data, zero at load: types and constants only, no code,
+// so that both compilations of the planning core take the very same records.
+// Internal functions take the record or the state they work on.
+#ifndef VEKTA_RECORDS_PLANNER_STATE_H
+#define VEKTA_RECORDS_PLANNER_STATE_H
 
 #include <cstdint>
 
-#include "state/text_output.h"
+#include "records/output_sink.h"
 
 namespace vekta {
 
 // The fixed control period of the controller, in seconds.
-constexpr double CYCLE_TIME = 0.005;
+constexpr double kCyclePeriod = 0.005;
 
 // Curve capacity: point 0 is the start state, so at most 12 sections.
 constexpr int kMaxPoints = 13;
@@ -115,68 +116,6 @@ struct PlannerState {
 
     OutputSink output;  // where this planner's lines go; zero is standard output
 };
-
-// Count one more event in a statistics counter. The counters grow across
-// plans for the life of the process; they stop at the largest int instead of
-// overflowing (re-planning every period would get there within weeks).
-inline void countEvent(int& counter) {
-    if (counter < 0x7fffffff) counter += 1;
-}
-
-// Point every record's sink at the planner's output (done by every update,
-// so that a copied state prints into its own output).
-inline void attachOutput(PlannerState& st) {
-    for (AxisPlan& r : st.records) r.sink = &st.output;
-}
-
-// The process-wide state behind the exported functions: static storage, zero
-// at load, alive for the life of the process.
-extern PlannerState processState;
-inline PlannerState& defaultState() { return processState; }
-
-// Curve capacity guard. Every point writer below stores nothing at an index
-// beyond the arrays (it still counts the point, so pointCount > kMaxPoints
-// shows the overflow); the planning pass then fails the axis. Only inputs the
-// planner is not made for (NaN, non-positive limits) need more than 13 points.
-inline bool pointFits(int k) { return k >= 0 && k < kMaxPoints; }
-
-// Store curve point k: time as given, acceleration, velocity and position each
-// multiplied by `sign` (the frame sign, or -1 for a mirrored solver variant).
-inline void storePoint(AxisPlan& rec, int k, double t, double a, double v, double p,
-                       double sign) {
-    if (!pointFits(k)) return;
-    rec.secTime[k] = t;
-    rec.secAcc[k] = a * sign;
-    rec.secVel[k] = v * sign;
-    rec.secPos[k] = p * sign;
-}
-
-// Overwrite point k's acceleration with a plain +0, whatever the frame.
-inline void storeZeroAcc(AxisPlan& rec, int k, double zeroSign = 1.0) {
-    if (pointFits(k)) rec.secAcc[k] = 0.0 * zeroSign;
-}
-
-// Store the working state as the next curve point (values times inv) and count it.
-void appendPoint(AxisPlan& rec);
-
-// Append a section that ramps curAcc down to zero at jerk -maxJerk, advance the
-// working state over it, store its end point and shorten remTime by its length.
-// Returns the new pointCount.
-int appendAccToZero(AxisPlan& rec);
-
-// Record the prepared state (point count, plan time, the five state fields and
-// the frame sign) as the snapshot both planning steps start from.
-void takeSnapshot(AxisPlan& rec);
-
-// Go back to the snapshot's state and point count (dropping the points written
-// after it); the frame sign and plan time are restored by the caller.
-void restoreSnapshot(AxisPlan& rec);
-
-// Negate the five state fields (curPos, tgtPos, curVel, tgtVel, curAcc).
-void negateState(AxisPlan& rec);
-
-// The working-frame mirror: negate the five state fields and the frame sign.
-void mirrorAxis(AxisPlan& rec);
 
 }  // namespace vekta
 

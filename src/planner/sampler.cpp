@@ -4,14 +4,14 @@
 // The period time is always formed from the integer counter, never
 // accumulated, so a long motion does not drift. The cursor only moves forward:
 // each call resumes at the section where the previous call stopped.
-#include "api/sampler.h"
+#include "planner/sampler.h"
 
 #include <climits>
 #include <cmath>
 #include <cstdio>
 
-#include "state/numerics.h"
-#include "state/text_output.h"
+#include "numeric/numerics.h"
+#include "output/text_output.h"
 
 namespace vekta {
 
@@ -21,7 +21,7 @@ namespace {
 // was never planned (pointCount 0).
 int lastIndex(const AxisPlan& rec) { return rec.pointCount > 0 ? rec.pointCount - 1 : 0; }
 
-double periodTime(int period) { return period * CYCLE_TIME; }
+double periodTime(int period) { return period * kCyclePeriod; }
 
 // The period counter keeps running after the end of the curve; it stops one
 // below the largest int (after some 124 days of sampling one axis) so that
@@ -71,7 +71,7 @@ void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished
 // Axis 0 with less than one period left after one call must be finished after
 // the next; otherwise the motion did not stop where the plan said.
 void trackNoStop(PlannerState& st, int finished) {
-    const bool lastPeriod = leftMoveTime(st) < CYCLE_TIME;
+    const bool lastPeriod = leftMoveTime(st) < kCyclePeriod;
     if (st.noStopPending) {
         if (finished) {
             st.noStopPending = false;
@@ -104,7 +104,7 @@ void trackNoStop(PlannerState& st, int finished) {
     vel[k] = r.tgtVel;
     pos[k] = r.secPos[last];
     countPeriod(r);
-    if (c == r.pointCount && r.secTime[last] + CYCLE_TIME >= t) r.secCursor = r.pointCount;
+    if (c == r.pointCount && r.secTime[last] + kCyclePeriod >= t) r.secCursor = r.pointCount;
     return k + 1;
 }
 
@@ -196,11 +196,6 @@ namespace {
     return finished;
 }
 
-[[gnu::noinline]] int sampleAnyDefault(int axis, int nSamples, double* pos, double* vel,
-                                       double* acc, int& count) {
-    return sampleAnyCall(defaultState(), axis, nSamples, pos, vel, acc, count);
-}
-
 // Move the cursor to the section that time t falls in, as sampleAnyCall
 // does, and copy that section's start state, jerk and end time into the
 // record. False, with the cursor untouched, when t lies past the curve.
@@ -260,11 +255,6 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
                int& count) {
     return sampleAxis(st, axis, nSamples, pos, vel, acc, count,
                       [&] { return sampleAnyCall(st, axis, nSamples, pos, vel, acc, count); });
-}
-
-int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count) {
-    return sampleAxis(defaultState(), axis, nSamples, pos, vel, acc, count,
-                      [&] { return sampleAnyDefault(axis, nSamples, pos, vel, acc, count); });
 }
 
 }  // namespace vekta

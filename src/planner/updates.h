@@ -1,8 +1,8 @@
 // The parameter updates: copy the caller's arrays into the records and plan.
-#ifndef VEKTA_API_UPDATES_H
-#define VEKTA_API_UPDATES_H
+#ifndef VEKTA_PLANNER_UPDATES_H
+#define VEKTA_PLANNER_UPDATES_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -12,9 +12,10 @@
 // its end becomes the new working state and a new curve point (stored in the
 // caller's frame, i.e. times inv), planTime grows and remTime shrinks by its
 // duration.
-#include "step2/prologue_nodes.h"
+#include "engine/prologue_nodes.h"
 
-#include "state/numerics.h"
+#include "numeric/axis_curve.h"
+#include "numeric/numerics.h"
 
 namespace vekta {
 

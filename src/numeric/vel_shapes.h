@@ -1,8 +1,8 @@
 // The four closed-form velocity changes (no position condition).
-#ifndef VEKTA_SOLVERS_VEL_SHAPES_H
-#define VEKTA_SOLVERS_VEL_SHAPES_H
+#ifndef VEKTA_NUMERIC_VEL_SHAPES_H
+#define VEKTA_NUMERIC_VEL_SHAPES_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

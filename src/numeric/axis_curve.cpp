@@ -1,10 +1,8 @@
-#include "state/planner_state.h"
+#include "numeric/axis_curve.h"
 
-#include "state/numerics.h"
+#include "numeric/numerics.h"
 
 namespace vekta {
-
-PlannerState processState;
 
 void appendPoint(AxisPlan& rec) {
     const double s = static_cast<double>(rec.inv);

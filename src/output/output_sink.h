@@ -2,34 +2,18 @@
 // sink means), the caller's stream, the caller's function, or nowhere.
 //
 // Every print site of the library goes through the text formatter
-// (state/text_output.h) with its planner's sink, and the formatter through
+// (output/text_output.h) with its planner's sink, and the formatter through
 // writeTo; a site that sees only an AxisPlan uses the record's `sink`, which
 // the updates point at their planner's sink. A null sink is standard output.
-#ifndef VEKTA_STATE_OUTPUT_SINK_H
-#define VEKTA_STATE_OUTPUT_SINK_H
+#ifndef VEKTA_OUTPUT_OUTPUT_SINK_H
+#define VEKTA_OUTPUT_OUTPUT_SINK_H
 
 #include <cstdarg>
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
+
+#include "records/output_sink.h"
 
 namespace vekta {
-
-enum OutputKind : std::uint8_t {
-    kOutputStdout = 0,
-    kOutputFile,
-    kOutputCallback,
-    kOutputOff,
-};
-
-using OutputFn = void (*)(const char* text, std::size_t length, void* user);
-
-struct OutputSink {
-    std::uint8_t kind;  // OutputKind
-    std::FILE* file;    // kOutputFile
-    OutputFn fn;        // kOutputCallback, with user
-    void* user;
-};
 
 // False when the sink discards everything: callers may skip preparing a line.
 inline bool outputOn(const OutputSink* sink) { return sink == nullptr || sink->kind != kOutputOff; }

@@ -2,10 +2,10 @@
 // mirror to a non-negative acceleration, pull an acceleration above the limit
 // back to it, and recover from a velocity beyond the limit. Node 5 differs
 // between the trees and lives with each tree.
-#ifndef VEKTA_STEP2_PROLOGUE_NODES_H
-#define VEKTA_STEP2_PROLOGUE_NODES_H
+#ifndef VEKTA_ENGINE_PROLOGUE_NODES_H
+#define VEKTA_ENGINE_PROLOGUE_NODES_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -11,13 +11,13 @@
 // Starts beyond a limit cannot keep it at once: the planner first brings the
 // state back (ramps the acceleration to A, or slows to V). Each limit is
 // therefore held from the first curve point from which it can be kept.
-#include "api/plan_check.h"
+#include "check/plan_check.h"
 
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
 
-#include "state/curve_check.h"
+#include "check/curve_check.h"
 #include "vekta/vekta.h"
 
 namespace vekta {

@@ -4,14 +4,15 @@
 // rejected update makes the next sampling call re-validate; it then copies
 // the inputs, resets each axis's sampling cursor, plans, and records the
 // outcome, which sampling honours until the next successful update.
-#include "api/updates.h"
+#include "planner/updates.h"
 
 #include <cstdio>
 
-#include "api/plan_check.h"
-#include "api/sampler.h"
+#include "check/plan_check.h"
+#include "numeric/axis_curve.h"
+#include "planner/sampler.h"
 #include "planner/planning_pass.h"
-#include "state/text_output.h"
+#include "output/text_output.h"
 #include "vekta/vekta.h"
 
 namespace vekta {
@@ -102,7 +103,7 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
         appendLiteral(out, "posUpd: 1st pt ");
         appendAxisState(out, r0);
         appendLiteral(out, " peroid ");
-        appendFixed(out, CYCLE_TIME);
+        appendFixed(out, kCyclePeriod);
         appendLiteral(out, "\n");
         for (int i = 0; i < printablePoints(r0); ++i) {
             appendLiteral(out, "(");

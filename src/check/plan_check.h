@@ -1,9 +1,9 @@
 // The plan check offered to callers: verifies the current plan of every axis
 // without changing it or printing anything.
-#ifndef VEKTA_API_PLAN_CHECK_H
-#define VEKTA_API_PLAN_CHECK_H
+#ifndef VEKTA_CHECK_PLAN_CHECK_H
+#define VEKTA_CHECK_PLAN_CHECK_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -1,4 +1,4 @@
-#include "state/text_output.h"
+#include "output/text_output.h"
 
 #include <langinfo.h>
 

@@ -5,9 +5,10 @@
 // that velocity: a ramp of duration d ending at (vt, 0) at jerk -J covers
 // vt*d - J*d^3/6. Each shape writes its points from index pointCount on and
 // counts all but the last one; the caller counts the last.
-#include "solvers/vel_shapes.h"
+#include "numeric/vel_shapes.h"
 
-#include "state/numerics.h"
+#include "numeric/axis_curve.h"
+#include "numeric/numerics.h"
 
 namespace vekta {
 

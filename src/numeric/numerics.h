@@ -3,8 +3,8 @@
 // Each literal here is behaviour: changing one changes which shape a state is
 // classified into or which curve is written, so they live in one place and the
 // solver bodies use the names.
-#ifndef VEKTA_STATE_NUMERICS_H
-#define VEKTA_STATE_NUMERICS_H
+#ifndef VEKTA_NUMERIC_NUMERICS_H
+#define VEKTA_NUMERIC_NUMERICS_H
 
 #include <cmath>
 #include <cstdint>

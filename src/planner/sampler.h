@@ -1,8 +1,8 @@
 // Period-by-period sampling of the planned curves.
-#ifndef VEKTA_API_SAMPLER_H
-#define VEKTA_API_SAMPLER_H
+#ifndef VEKTA_PLANNER_SAMPLER_H
+#define VEKTA_PLANNER_SAMPLER_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 
@@ -10,9 +10,6 @@ namespace vekta {
 // public header for the contract). Returns the finished flag (0 or 1).
 int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
                int& count);
-
-// samplePlan on defaultState(), for the exported sampling functions.
-int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count);
 
 // Time axis 0's plan still has to run, never negative.
 double leftMoveTime(const PlannerState& st);

@@ -16,13 +16,13 @@
 // The iteration is a template over the residual, so that a solver can hand it
 // a residual with the shape's fixed parts worked out once per solve and have
 // it inlined; abkSolve is the same iteration over a plain residual function.
-#ifndef VEKTA_SOLVERS_ABK_H
-#define VEKTA_SOLVERS_ABK_H
+#ifndef VEKTA_NUMERIC_ABK_H
+#define VEKTA_NUMERIC_ABK_H
 
 #include <cmath>
 
-#include "state/planner_state.h"
-#include "state/text_output.h"
+#include "records/planner_state.h"
+#include "output/text_output.h"
 
 namespace vekta {
 
@@ -32,8 +32,8 @@ namespace vekta {
 // calls it with the flag at 0.
 using Step2Residual = double (*)(AxisPlan& rec, const double* x);
 
-constexpr double ABK_TOL = 1e-5;
-constexpr int ABK_MAX_ITER = 101;
+constexpr double kAbkTolerance = 1e-5;
+constexpr int kAbkMaxIterations = 101;
 
 // Find a zero of `residual` in [lo, hi]. Returns true with the root in *out;
 // false on failure, with *out holding the fallback value of the failing path
@@ -80,12 +80,12 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
         }
     }
 
-    for (int iter = 0; iter < ABK_MAX_ITER; ++iter) {
-        if (std::fabs(br.fa) < ABK_TOL) {
+    for (int iter = 0; iter < kAbkMaxIterations; ++iter) {
+        if (std::fabs(br.fa) < kAbkTolerance) {
             *out = br.a;
             return true;
         }
-        if (std::fabs(br.fb) < ABK_TOL) {
+        if (std::fabs(br.fb) < kAbkTolerance) {
             *out = br.b;
             return true;
         }
@@ -97,7 +97,7 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
         // Bisection; keep the half with the sign change, newest point in b.
         const double m = (br.a + br.b) * 0.5;
         const double fm = residual(m);
-        if (std::fabs(fm) < ABK_TOL) {
+        if (std::fabs(fm) < kAbkTolerance) {
             *out = m;
             return true;
         }
@@ -112,7 +112,7 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
         const double slope = (br.fa - br.fb) / (br.a - br.b);
         const double x = br.b - br.fb / slope;
         const double fx = residual(x);
-        if (std::fabs(fx) < ABK_TOL) {
+        if (std::fabs(fx) < kAbkTolerance) {
             *out = x;
             return true;
         }
@@ -128,7 +128,7 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
         br.b = x;
         br.fb = fx;
 
-        if (std::fabs(br.b - br.a) <= ABK_TOL) {
+        if (std::fabs(br.b - br.a) <= kAbkTolerance) {
             const bool keepA = std::fabs(br.fb) > std::fabs(br.fa);
             const double kept = keepA ? br.a : br.b;
             const double keptResidual = keepA ? br.fa : br.fb;

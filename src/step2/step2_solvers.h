@@ -7,11 +7,11 @@
 // the shape's residual with abkSolve and lets the residual write the sections,
 // from index pointCount on, counting every point it writes. Values are stored
 // times inv, so a mirrored record (inv = -1) yields the mirrored curve.
-#ifndef VEKTA_SOLVERS_STEP2_SOLVERS_H
-#define VEKTA_SOLVERS_STEP2_SOLVERS_H
+#ifndef VEKTA_STEP2_STEP2_SOLVERS_H
+#define VEKTA_STEP2_STEP2_SOLVERS_H
 
-#include "solvers/abk.h"
-#include "state/planner_state.h"
+#include "numeric/abk.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

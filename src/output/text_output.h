@@ -7,12 +7,12 @@
 // own prints exactly as before). A sink that is off formats nothing. Only a conversion that could
 // overrun the buffer (a %f of a huge value runs to 317 characters) hands the
 // part built so far over first.
-#ifndef VEKTA_STATE_TEXT_OUTPUT_H
-#define VEKTA_STATE_TEXT_OUTPUT_H
+#ifndef VEKTA_OUTPUT_TEXT_OUTPUT_H
+#define VEKTA_OUTPUT_TEXT_OUTPUT_H
 
 #include <cstring>
 
-#include "state/output_sink.h"
+#include "output/output_sink.h"
 
 namespace vekta {
 

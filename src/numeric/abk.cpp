@@ -1,4 +1,4 @@
-#include "solvers/abk.h"
+#include "numeric/abk.h"
 
 namespace vekta {
 

@@ -1,4 +1,4 @@
-#include "state/output_sink.h"
+#include "output/output_sink.h"
 
 namespace vekta {
 

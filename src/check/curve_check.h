@@ -1,10 +1,10 @@
 // A physical check of a written curve: each section is integrated from its
 // start point with the constant jerk implied by its two end points, and the
 // result is compared with the next stored point.
-#ifndef VEKTA_STATE_CURVE_CHECK_H
-#define VEKTA_STATE_CURVE_CHECK_H
+#ifndef VEKTA_CHECK_CURVE_CHECK_H
+#define VEKTA_CHECK_CURVE_CHECK_H
 
-#include "state/planner_state.h"
+#include "records/planner_state.h"
 
 namespace vekta {
 

@@ -20,13 +20,14 @@
 // and a half square of 5e-101, so that a probe outside the feasible range
 // still yields a finite residual. Nothing validates the written durations: a
 // root whose derived hold came out negative is written as it is.
-#include "solvers/step2_solvers.h"
+#include "step2/step2_solvers.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "state/numerics.h"
-#include "state/text_output.h"
+#include "numeric/axis_curve.h"
+#include "numeric/numerics.h"
+#include "output/text_output.h"
 
 namespace vekta {
 

@@ -1,4 +1,4 @@
-#include "state/curve_check.h"
+#include "check/curve_check.h"
 
 #include <cmath>
 
