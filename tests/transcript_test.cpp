@@ -21,7 +21,7 @@
 #include "support/transcript.h"
 #include "vekta/vekta.h"
 #ifdef VEKTA_TRANSCRIPT_BASELINE  // the same motions planned by the baseline copy of the core
-#include "planner/planning_pass.h"
+#include "planner/planning_copy.h"
 #endif
 
 namespace vekta::test {
@@ -182,7 +182,7 @@ std::vector<std::string> runMotion(int index, Output& out, std::string& problems
 
 TEST(Transcript, EveryMotionPrintsAndReturnsExactlyWhatItDidWhenPinned) {
 #ifdef VEKTA_TRANSCRIPT_BASELINE
-    ASSERT_FALSE(selectPlanningCopy(false));
+    ASSERT_FALSE(planningCopyIsFma()) << "VEKTA_PLANNING_COPY=baseline must force the baseline copy";
 #endif
     std::vector<std::vector<std::string>> transcripts;
     std::string problems;

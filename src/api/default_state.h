@@ -7,10 +7,12 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 extern PlannerState processState;
 inline PlannerState& defaultState() { return processState; }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -3,6 +3,7 @@
 #include <cmath>
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -90,4 +91,5 @@ CurveReport checkCurve(const AxisPlan& rec) {
     return r;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -7,6 +7,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 struct CurveReport {
     int sections;             // pointCount - 1 (0 for a bad point count)
@@ -37,6 +38,7 @@ struct SectionReport {
 };
 SectionReport integrateSection(const AxisPlan& rec, int i);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

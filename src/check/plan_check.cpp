@@ -21,6 +21,7 @@
 #include "vekta/vekta.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -231,4 +232,5 @@ int checkPlan(const PlannerState& st, char* message, int messageSize) {
     return rep.code(VEKTA_CHECK_OK, "ok");
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

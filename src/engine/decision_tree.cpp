@@ -9,6 +9,7 @@
 #include <cstdio>
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -50,4 +51,5 @@ void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec) {
     if (st.traceOn) printTo(&st.output, "\n");
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

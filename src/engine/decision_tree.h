@@ -8,6 +8,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Step-1 walk of a position-mode plan: from node 1, with the trace prints, and
 // continuing at node 9 after node 5 whatever node 5 returned.
@@ -22,6 +23,7 @@ void walkStep1Velocity(PlannerState& st, const DecisionTree& tree, AxisPlan& rec
 // and the unconditional "D71 branched" line on the way into node 71.
 void walkStep2(PlannerState& st, const DecisionTree& tree, AxisPlan& rec);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -18,6 +18,7 @@
 #include "numeric/numerics.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -147,4 +148,5 @@ bool prologueNode8(PlannerState&, AxisPlan& rec) {
     return false;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

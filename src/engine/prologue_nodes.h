@@ -8,6 +8,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 bool prologueNode1(PlannerState& st, AxisPlan& rec);
 bool prologueNode2(PlannerState& st, AxisPlan& rec);
@@ -17,6 +18,7 @@ bool prologueNode6(PlannerState& st, AxisPlan& rec);
 bool prologueNode7(PlannerState& st, AxisPlan& rec);
 bool prologueNode8(PlannerState& st, AxisPlan& rec);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

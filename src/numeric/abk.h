@@ -25,6 +25,7 @@
 #include "output/text_output.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // A profile's residual: the end-position error of the shape built from the
 // trial value *x. With rec.writeSections = 1 it also writes the shape's
@@ -144,6 +145,7 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
     return false;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

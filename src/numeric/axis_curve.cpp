@@ -3,6 +3,7 @@
 #include "numeric/numerics.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 void appendPoint(AxisPlan& rec) {
     const double s = static_cast<double>(rec.inv);
@@ -71,4 +72,5 @@ void mirrorAxis(AxisPlan& rec) {
     rec.inv = -rec.inv;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -7,6 +7,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Count one more event in a statistics counter. The counters grow across
 // plans for the life of the process; they stop at the largest int instead of
@@ -65,6 +66,7 @@ void negateState(AxisPlan& rec);
 // The working-frame mirror: negate the five state fields and the frame sign.
 void mirrorAxis(AxisPlan& rec);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

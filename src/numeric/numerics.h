@@ -10,7 +10,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "records/planning_copy.h"
+
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Stand-in for the square root of a non-positive radicand: tiny but never zero,
 // so that later divisions by a peak or a duration stay finite.
@@ -141,6 +144,7 @@ struct CubeMemo {
     return j * cube(d, memo) / 6.0;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

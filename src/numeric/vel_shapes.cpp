@@ -11,6 +11,7 @@
 #include "numeric/numerics.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -132,4 +133,5 @@ const VelShapeFn velModeSolvers[4] = {
     velHoldDown,   // 3: given duration, level below it
 };
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -5,6 +5,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 using VelShapeFn = bool (*)(AxisPlan& rec);
 
@@ -28,6 +29,7 @@ bool velHoldDown(AxisPlan& rec);
 // Indexed by velProfile / 2: 0, 1 minimum time; 2, 3 given duration.
 extern const VelShapeFn velModeSolvers[4];
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -1,6 +1,7 @@
 #include "output/output_sink.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -34,4 +35,5 @@ void writeTo(const OutputSink* sink, const char* text, std::size_t length) {
     }
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

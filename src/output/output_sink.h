@@ -14,6 +14,7 @@
 #include "records/output_sink.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // False when the sink discards everything: callers may skip preparing a line.
 inline bool outputOn(const OutputSink* sink) { return sink == nullptr || sink->kind != kOutputOff; }
@@ -25,6 +26,7 @@ void vprintTo(const OutputSink* sink, const char* fmt, std::va_list ap);
 // Hand length characters of text to the sink as one message.
 void writeTo(const OutputSink* sink, const char* text, std::size_t length);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -10,6 +10,7 @@
 #include <cstring>
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -255,4 +256,5 @@ void printTo(const OutputSink* sink, const char* fmt, ...) {
     handOver(out);
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

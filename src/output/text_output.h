@@ -15,6 +15,7 @@
 #include "output/output_sink.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Longest text of one conversion: %f of -DBL_MAX, "-" 309 digits "." 6 digits.
 constexpr int kMaxNumberText = 320;
@@ -63,6 +64,7 @@ void writeText(TextOutput& out);
 // formatted when the sink is off.
 void printTo(const OutputSink* sink, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

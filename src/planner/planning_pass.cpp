@@ -4,7 +4,7 @@
 // normalises the state (mirror to a non-negative acceleration, clip, recover
 // from over-speed), takes a snapshot and classifies; the solver of that id
 // appends the curve. The largest end time becomes the common end time.
-// Phase 2 (six axes) restores every other axis to its snapshot and re-plans
+// Phase 2 (more than one axis) restores every other axis to its snapshot and re-plans
 // it with a step-2 profile that lasts exactly until the common end time.
 // Phase 3 reports velocity-mode end times.
 #include "planner/planning_pass.h"
@@ -12,26 +12,17 @@
 #include <cmath>
 #include <cstdio>
 
+#include "engine/decision_tree.h"
 #include "numeric/axis_curve.h"
+#include "numeric/vel_shapes.h"
 #include "output/text_output.h"
 #include "step1/step1_solvers.h"
 #include "step1/step1_tree.h"
+#include "step2/step2_solvers.h"
 #include "step2/step2_tree.h"
 
-// The planning core (this pass, the trees, the solvers, the records' curve
-// operations and the text output) is compiled a second time where the
-// processor family has the fused multiply-add instruction, into a namespace of
-// its own: there the exact cubes take two instructions where Dekker's product
-// takes a dozen, with the same bits (see state/numerics.h). planAxes hands an
-// update to that copy when the processor has the instruction.
-#if defined(VEKTA_HAVE_FMA_COPY) && !defined(VEKTA_FMA_COPY)
-namespace vekta_fma {
-struct PlannerState;
-bool planAxes(PlannerState& st, bool positionMode);
-}  // namespace vekta_fma
-#endif
-
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -74,15 +65,15 @@ void resetCurve(AxisPlan& r) {
     r.coefDirty = true;
 }
 
-bool retryStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+bool retryStep1Position(PlannerState& st, AxisPlan& r, int axis,
                         double tgtPos);
 
 // Phase 1 of a position-mode plan for one axis.
-bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis) {
+bool planStep1Position(PlannerState& st, AxisPlan& r, int axis) {
     r.step1Profile = 0;
     r.tgtVel = 0.0;
     resetCurve(r);
-    walkStep1Position(st, *tb.step1Tree, r);
+    walkStep1Position(st, Step1Tree, r);
     if (!curveFits(r, axis)) return false;
 
     // The state as the walk left it, and its frame.
@@ -96,7 +87,7 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         r.inv = 1;
         r.step1Profile = partnerProfile(r.step1Profile);
     }
-    const bool ok = (st.step1Retry ? tb.step1RetrySolver : tb.step1Solver)(r);
+    const bool ok = st.step1Retry ? runStep1RetrySolver(r) : runStep1Solver(r);
     if (ok) {
         const double s = static_cast<double>(walkInv);
         r.tgtPos = tgtPos * s;
@@ -109,7 +100,7 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     r.step1Ok = ok;
     const bool fits = curveFits(r, axis);
     if (fits && !ok && st.recovery && !st.step1Retry) {
-        return retryStep1Position(st, tb, r, axis, tgtPos * walkInv);
+        return retryStep1Position(st, r, axis, tgtPos * walkInv);
     }
     return fits && ok;
 }
@@ -119,7 +110,7 @@ bool planStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
 // and solved once more with step1Retry set, which lets the repairs of the
 // tree and of the solvers act. Only failing axes get here, so every plan that
 // succeeds at once stays exactly as it is. A traced plan says so first.
-bool retryStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+bool retryStep1Position(PlannerState& st, AxisPlan& r, int axis,
                         double tgtPos) {
     if (st.traceOn) printTo(&st.output, "step1 retry:%d\n", axis);
     r.curPos = r.secPos[0];
@@ -129,19 +120,19 @@ bool retryStep1Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, 
     r.inv = 1;
     r.planTime = 0.0;
     st.step1Retry = true;
-    const bool ok = planStep1Position(st, tb, r, axis);
+    const bool ok = planStep1Position(st, r, axis);
     st.step1Retry = false;
     return ok;
 }
 
 // Phase 1 of a velocity-mode plan: the fastest change to tgtVel.
-bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis) {
+bool planStep1Velocity(PlannerState& st, AxisPlan& r, int axis) {
     r.velProfile = kNoVelProfile;
     resetCurve(r);
-    walkStep1Velocity(st, *tb.step1Tree, r);
-    if (tb.step1Tree->nodes[kStep1SnapshotNode](st, r)) {
+    walkStep1Velocity(st, Step1Tree, r);
+    if (Step1Tree.nodes[kStep1SnapshotNode](st, r)) {
         // Rising: a trapezoid when the change is large enough to reach the limit.
-        const bool trapezoid = tb.step1Tree->nodes[kStep1TrapezoidNode](st, r);
+        const bool trapezoid = Step1Tree.nodes[kStep1TrapezoidNode](st, r);
         r.velProfile = frameOffset(r.inv) + (trapezoid ? 0 : 2);
     } else {
         // Falling: bring the acceleration to zero, then mirror into a rise.
@@ -154,18 +145,18 @@ bool planStep1Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
         r.velProfile = frameOffset(r.inv) + (trapezoid ? 0 : 2);
     }
     if (!curveFits(r, axis)) return false;
-    const bool ok = tb.velModeSolvers[r.velProfile / 2](r);
+    const bool ok = velModeSolvers[r.velProfile / 2](r);
     r.pointCount += 1;
     return curveFits(r, axis) && ok;
 }
 
 // Phase 2 of a position-mode plan for one axis: end exactly at maxT.
-bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+bool planStep2Position(PlannerState& st, AxisPlan& r, int axis,
                        double maxT) {
     r.inv = r.snapInv;
     r.planTime = r.snapPlanTime;
     r.remTime = maxT - lastTime(r);
-    walkStep2(st, *tb.step2Tree, r);
+    walkStep2(st, Step2Tree, r);
     if (!curveFits(r, axis)) {
         printTo(&st.output, "step2 error:ts %f idx %d\n", maxT, axis);
         return false;
@@ -184,7 +175,7 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     }
     const int nameIndex = frameOffset(r.inv) + r.step2Profile;
     countEvent(st.profileUseCount[nameIndex]);
-    const bool ok = tb.step2Solvers[r.step2Profile / 2](st, r);
+    const bool ok = step2Solvers[r.step2Profile / 2](st, r);
     if (st.traceOn) printTo(&st.output, "%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
     if (r.inv == -1) mirrorAxis(r);
     const bool fits = curveFits(r, axis);
@@ -197,13 +188,13 @@ bool planStep2Position(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
 }
 
 // Phase 2 of a velocity-mode plan for one axis: reach tgtVel exactly at maxT.
-bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, int axis,
+bool planStep2Velocity(PlannerState& st, AxisPlan& r, int axis,
                        double maxT) {
     r.planTime = r.snapPlanTime;
     r.inv = r.snapInv;
     r.remTime = maxT - r.snapPlanTime;
-    if (tb.step2Tree->nodes[kStep2RisingNode](st, r)) {
-        const int holdDown = tb.step2Tree->nodes[kStep2HoldDownNode](st, r) ? 6 : 4;
+    if (Step2Tree.nodes[kStep2RisingNode](st, r)) {
+        const int holdDown = Step2Tree.nodes[kStep2HoldDownNode](st, r) ? 6 : 4;
         r.velProfile = holdDown + frameOffset(r.snapInv);
     } else {
         appendAccToZero(r);
@@ -212,7 +203,7 @@ bool planStep2Velocity(PlannerState& st, const PlannerTables& tb, AxisPlan& r, i
     }
     bool ok = curveFits(r, axis);
     if (ok) {
-        ok = tb.velModeSolvers[r.velProfile / 2](r);
+        ok = velModeSolvers[r.velProfile / 2](r);
         r.pointCount += 1;
         ok = curveFits(r, axis) && ok;
     }
@@ -246,42 +237,7 @@ void reportVelocityEndTimes(const PlannerState& st, double maxT) {
 
 }  // namespace
 
-const PlannerTables& defaultTables() {
-    static const PlannerTables tables = {&Step1Tree,          &Step2Tree,   runStep1Solver,
-                                         runStep1RetrySolver, step2Solvers, velModeSolvers};
-    return tables;
-}
-
-#if defined(VEKTA_HAVE_FMA_COPY) && !defined(VEKTA_FMA_COPY)
-namespace {
-
-bool processorHasFma() {
-    __builtin_cpu_init();  // this runs among the library's static initialisers
-    return __builtin_cpu_supports("fma");
-}
-
-bool useFmaCopy = processorHasFma();
-
-}  // namespace
-
-bool selectPlanningCopy(bool fma) {
-    useFmaCopy = fma && processorHasFma();
-    return useFmaCopy;
-}
-
 bool planAxes(PlannerState& st, bool positionMode) {
-    if (useFmaCopy) return vekta_fma::planAxes(reinterpret_cast<vekta_fma::PlannerState&>(st), positionMode);
-    return planAxesWith(st, positionMode, defaultTables());
-}
-#else
-bool selectPlanningCopy(bool) { return false; }
-
-bool planAxes(PlannerState& st, bool positionMode) {
-    return planAxesWith(st, positionMode, defaultTables());
-}
-#endif
-
-bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) {
     double maxT = -1.0;
 
     // Phase 1: every axis's minimum-time curve; the slowest sets the end time.
@@ -289,7 +245,7 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
         AxisPlan& r = st.records[i];
         r.inv = 1;
         r.planTime = 0.0;
-        const bool ok = positionMode ? planStep1Position(st, tb, r, i) : planStep1Velocity(st, tb, r, i);
+        const bool ok = positionMode ? planStep1Position(st, r, i) : planStep1Velocity(st, r, i);
         if (!ok) {
             printTo(&st.output, "step1 error:%d\n", i);
             return false;
@@ -301,18 +257,18 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
         }
     }
 
-    // Phase 2: the other axes of a six-axis plan end together with the slowest.
-    if (st.axisCount == kMaxAxes) {
+    // Phase 2: the other axes end together with the slowest.
+    if (st.axisCount > 1) {
         if (st.traceOn) {
             printTo(&st.output, "step1:ts %f idx %d\n", maxT, st.slowestAxis);
             printTo(&st.output, "--------------------\n");
         }
-        for (int i = 0; i < kMaxAxes; ++i) {
+        for (int i = 0; i < st.axisCount; ++i) {
             if (i == st.slowestAxis) continue;
             AxisPlan& r = st.records[i];
             restoreSnapshot(r);
-            const bool ok = positionMode ? planStep2Position(st, tb, r, i, maxT)
-                                         : planStep2Velocity(st, tb, r, i, maxT);
+            const bool ok = positionMode ? planStep2Position(st, r, i, maxT)
+                                         : planStep2Velocity(st, r, i, maxT);
             if (!ok) return false;
         }
     }
@@ -322,4 +278,5 @@ bool planAxesWith(PlannerState& st, bool positionMode, const PlannerTables& tb) 
     return true;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

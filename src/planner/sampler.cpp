@@ -14,6 +14,7 @@
 #include "output/text_output.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -257,4 +258,5 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
                       [&] { return sampleAnyCall(st, axis, nSamples, pos, vel, acc, count); });
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

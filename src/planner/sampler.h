@@ -5,6 +5,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Evaluate axis `axis`'s curve at the next nSamples control periods (see the
 // public header for the contract). Returns the finished flag (0 or 1).
@@ -14,6 +15,7 @@ int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* ve
 // Time axis 0's plan still has to run, never negative.
 double leftMoveTime(const PlannerState& st);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -11,11 +11,12 @@
 #include "check/plan_check.h"
 #include "numeric/axis_curve.h"
 #include "planner/sampler.h"
-#include "planner/planning_pass.h"
+#include "planner/planning_copy.h"
 #include "output/text_output.h"
 #include "vekta/vekta.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -91,7 +92,7 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
         copyAxis(r, i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
         r.tgtPos = tgtPos[i];
     }
-    const bool ok = planAxes(st, true);
+    const bool ok = planUpdate(st, true);
     st.planMode = kPositionPlan;
 
     const AxisPlan& r0 = st.records[0];
@@ -127,7 +128,7 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
     for (int i = 0; i < n; ++i) {
         copyAxis(st.records[i], i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
     }
-    const bool ok = planAxes(st, false);
+    const bool ok = planUpdate(st, false);
     st.planMode = kVelocityPlan;
 
     const AxisPlan& r0 = st.records[0];
@@ -179,4 +180,5 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     return true;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -5,6 +5,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Plan a position-mode motion of n axes (1 or 6) to tgtPos. See the public
 // header for the contract and the printed lines.
@@ -22,6 +23,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
                     const double* tgtPos, const double* maxVel, const double* maxAcc,
                     double jerkRatio, double spare);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "records/planning_copy.h"
+
 namespace vekta {
 
 enum OutputKind : std::uint8_t {

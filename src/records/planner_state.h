@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "records/output_sink.h"
+#include "records/planning_copy.h"
 
 namespace vekta {
 

@@ -22,6 +22,7 @@
 #include "step1/step1_solvers.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -215,4 +216,5 @@ bool solveStep1PtZNT(AxisPlan& rec, bool variant) {
     return true;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

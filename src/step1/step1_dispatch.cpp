@@ -2,6 +2,7 @@
 #include "step1/step1_solvers.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -53,4 +54,5 @@ bool runStep1RetrySolver(AxisPlan& rec) {
     return runStep1Solver(rec);
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

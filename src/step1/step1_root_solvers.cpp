@@ -42,6 +42,7 @@
 #include "step1/step1_solvers.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -533,4 +534,5 @@ bool solveStep1PLNT(AxisPlan& rec) {
     return true;
 }
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

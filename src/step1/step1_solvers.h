@@ -11,6 +11,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Step-1 profile ids: each even id is a shape starting with a positive pulse,
 // the odd id above it is its mirror image.
@@ -70,6 +71,7 @@ bool runStep1Solver(AxisPlan& rec);
 // bracket (solveStep1PLNtWhole), every other id as runStep1Solver.
 bool runStep1RetrySolver(AxisPlan& rec);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

@@ -28,6 +28,7 @@
 #include "engine/prologue_nodes.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -630,4 +631,5 @@ bool overspeedPulse(PlannerState&, AxisPlan& rec) {
 
 const DecisionTree Step1Tree = {kStep1Nodes, kStep1Successors, kStep1TreeNodeCount};
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -8,6 +8,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 constexpr int kStep1TreeNodeCount = 54;
 
@@ -21,6 +22,7 @@ extern const DecisionTree Step1Tree;
 // uses tgtVel as scratch and leaves it 0 (position mode).
 bool overspeedPulse(PlannerState& st, AxisPlan& rec);
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

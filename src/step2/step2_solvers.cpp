@@ -30,6 +30,7 @@
 #include "output/text_output.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -691,4 +692,5 @@ const Step2Residual step2Residuals[kStep2SolverCount] = {
     residualPosLinHldPosTri,     residualPosLinHldPosTrap,
 };
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

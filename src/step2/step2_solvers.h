@@ -14,6 +14,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 // Solve and write one shape. Reads the bracket hints in `st` and clears the
 // one-shot ones it uses. False (with its line printed) when no root is found;
@@ -61,6 +62,7 @@ double residualPosLinHldPosTrap(AxisPlan& rec, const double* x);    // x held ac
 // Indexed like step2Solvers.
 extern const Step2Residual step2Residuals[kStep2SolverCount];
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

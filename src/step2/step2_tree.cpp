@@ -31,6 +31,7 @@
 #include "engine/prologue_nodes.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 namespace {
 
@@ -1440,4 +1441,5 @@ const char* const step2ProfileNames[kStep2ProfileCount] = {
     "Step2_NegLinHldNegTrap",
 };
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -8,6 +8,7 @@
 #include "records/planner_state.h"
 
 namespace vekta {
+inline namespace VEKTA_COPY {
 
 constexpr int kStep2NodeCount = 98;
 
@@ -21,6 +22,7 @@ extern const DecisionTree Step2Tree;
 // its Neg-first mirror image right after it.
 extern const char* const step2ProfileNames[kStep2ProfileCount];
 
+}  // namespace VEKTA_COPY
 }  // namespace vekta
 
 #endif

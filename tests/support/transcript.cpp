@@ -154,7 +154,7 @@ void expectMatchesDigest(const std::vector<std::vector<std::string>>& transcript
         std::size_t unit = 0;
         was >> a >> a, now >> b >> b;
         while (was >> a && now >> b && a == b) ++unit;
-        const std::string file = "transcript-case-" + std::to_string(i) + ".txt";
+        const std::string file = std::string(VEKTA_TRANSCRIPT_FAILURE_DIR) + "/transcript-case-" + std::to_string(i) + ".txt";
         std::ofstream dump(file);
         for (const std::string& u : transcripts[i]) dump << u;
         const std::vector<std::string>& t = transcripts[i];
