@@ -7,12 +7,13 @@
 #include "records/planner_state.h"
 
 namespace vekta {
-inline namespace VEKTA_COPY {
 
 extern PlannerState processState;
-inline PlannerState& defaultState() { return processState; }
 
+inline namespace VEKTA_COPY {
+inline PlannerState& defaultState() { return processState; }
 }  // namespace VEKTA_COPY
+
 }  // namespace vekta
 
 #endif

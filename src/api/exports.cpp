@@ -7,7 +7,7 @@
 
 using vekta::defaultState;
 
-vekta::PlannerState vekta::processState;
+vekta::PlannerState vekta::processState;  // a record: one for both copies
 
 int vektaPositionModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {

@@ -17,15 +17,18 @@ bool planAxes(PlannerState& st, bool positionMode);
 
 }  // namespace VEKTA_COPY
 
-// The pass of each compilation, declared once for both so that the dispatcher
-// calls them with the same record types. Only `base` exists where the library
-// is built without the FMA copy.
+// The pass of the other compilation, so that the dispatcher calls both with
+// the same record types (fma::planAxes exists only where the library is built
+// with the FMA copy).
+#if defined(VEKTA_COPY_FMA)
 namespace base {
 bool planAxes(PlannerState& st, bool positionMode);
 }  // namespace base
+#else
 namespace fma {
 bool planAxes(PlannerState& st, bool positionMode);
 }  // namespace fma
+#endif
 
 }  // namespace vekta
 

@@ -53,7 +53,6 @@ row 0 'plan check: passed' '' plan --recovery --axis 0,0.3,0,0,1,4
 row 0 'conveyor                   default' '' verify --recovery --count 20 --seed 2
 row 0 'sweep: seed 2, 20 motions' '' verify --count 20 --seed 2
 row 0 'periods; ok' '' verify --seed 3 --case 2
-row 0 'plan, 6 axes' '' bench --count 5 --repeat 1
 row 0 "vekta $version" '' --version
 row 0 'Exit status (every subcommand): 0 planned and checked' '' --help
 
@@ -71,7 +70,7 @@ row 1 'vekta verify: 1 of 20 motions failed (jerk-limit 1); replay one with vekt
 row 2 '--count: "-5" is not an integer from 1 to 10000000' '' verify --count -5
 row 2 '--count: 99999999999 is not an integer' '' verify --count 99999999999
 row 2 '--seed: "0x10" is not an integer' '' verify --seed 0x10
-row 2 '--repeat: 0 is not an integer from 1 to 10000' '' bench --repeat 0
+row 2 'unknown subcommand "bench": use demo, plan or verify' '' bench
 row 2 '--plot /nonexistent/x.png: directory /nonexistent does not exist' '' demo --plot /nonexistent/x.png
 row 2 '--plot x.jpg: unknown plot format ".jpg": end the name in .png, .svg or .pdf' '' demo --plot x.jpg
 row 2 '--plot dir: is a directory' '' demo --plot dir

@@ -4,7 +4,8 @@
 //                  tables, CSV, plots
 //   vekta plan     the same for a motion from a JSON file or the command line
 //   vekta verify   the randomized end-to-end sweep, with a progress bar
-//   vekta bench    plan and sample timings
+//
+// Timings are the benchmark suite's (bench/, `make bench`).
 //
 // Every subcommand exits 0 when what it planned passed the plan check, 1 when
 // the library or the check refused a plan (saying why on one line of stderr),
@@ -354,97 +355,6 @@ int verify(const VerifyOptions& v) {
     return kRefused;
 }
 
-// ---- bench -------------------------------------------------------------------
-
-struct BenchOptions {
-    std::string count = "1000", repeat = "20", seed = "1";
-};
-
-using Clock = std::chrono::steady_clock;
-
-double nanoseconds(Clock::duration d) { return std::chrono::duration<double, std::nano>(d).count(); }
-
-bool planSweepMotion(const sweep::Motion& m) {
-    return vektaPostionModeParaUpd(m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0);
-}
-
-// Times every motion `repeat` times. A motion's time is the fastest of its
-// repetitions (the others carry interrupts and cache misses of the machine,
-// not of the planner); the mean of every timed call is shown apart, as it
-// carries those too and can exceed the slowest motion's time.
-void benchPlans(std::FILE* out, const std::vector<sweep::Motion>& set, int repeat) {
-    std::vector<double> best(set.size(), 1e300);
-    double total = 0.0;
-    long calls = 0;
-    for (int r = 0; r < repeat; ++r) {
-        for (std::size_t k = 0; k < set.size(); ++k) {
-            const auto t0 = Clock::now();
-            planSweepMotion(set[k]);
-            const double ns = nanoseconds(Clock::now() - t0);
-            best[k] = std::min(best[k], ns);
-            total += ns;
-            ++calls;
-        }
-    }
-    std::vector<double> sorted = best;
-    std::sort(sorted.begin(), sorted.end());
-    double sum = 0.0;
-    for (double ns : sorted) sum += ns;
-    const double us = 1000.0;
-    std::fprintf(out, "%-14s %8zu %9.2f %9.2f %9.2f %9.2f   | %9.2f\n",
-                 set[0].axes == 1 ? "plan, 1 axis" : "plan, 6 axes",
-                 set.size(), sum / static_cast<double>(sorted.size()) / us, sorted[sorted.size() / 2] / us,
-                 sorted[sorted.size() * 99 / 100] / us, sorted.back() / us, total / static_cast<double>(calls) / us);
-}
-
-void benchSamples(std::FILE* out, const std::vector<sweep::Motion>& set) {
-    double total = 0.0;
-    long samples = 0;
-    double pos[1], vel[1], acc[1];
-    for (const sweep::Motion& m : set) {
-        if (!planSweepMotion(m)) continue;
-        bool done = false;
-        const auto t0 = Clock::now();
-        for (int period = 0; !done && period < kMaxPeriods; ++period) {
-            done = true;
-            for (int i = 0; i < m.axes; ++i) {
-                int count = 0;
-                done &= vektaPositionModePerFreedom(i, 1, pos, vel, acc, count) == 1;
-            }
-            samples += m.axes;
-        }
-        total += nanoseconds(Clock::now() - t0);
-    }
-    std::fprintf(out, "sample: %.1f ns a call (one axis, one period), the mean of %ld calls over the 6-axis motions\n",
-                 total / static_cast<double>(samples), samples);
-}
-
-int bench(const BenchOptions& b) {
-    const auto count = static_cast<std::size_t>(parseInteger(b.count, 1, 100000, "--count"));
-    const int repeat = static_cast<int>(parseInteger(b.repeat, 1, 10000, "--repeat"));
-    const std::uint64_t seed = parseInteger(b.seed, 0, UINT64_MAX, "--seed");
-    std::vector<sweep::Motion> one, six;
-    for (std::uint64_t i = 0; one.size() < count || six.size() < count; ++i) {
-        const sweep::Motion m = sweep::drawMotion(seed, i);
-        if (m.mode != sweep::Mode::Position) continue;
-        auto& set = m.axes == 1 ? one : six;
-        if (set.size() < count) set.push_back(m);
-    }
-    sweep::QuietStdout quiet;
-    std::FILE* out = quiet.out();
-    std::fprintf(out, "position updates drawn by the sweep (seed %llu); the library's output goes to /dev/null\n",
-                 static_cast<unsigned long long>(seed));
-    std::fprintf(out, "plan time [us]: a motion's time is the fastest of its %d repetitions; \"all calls\" is the mean "
-                      "of every timed call\n", repeat);
-    std::fprintf(out, "%-14s %8s %9s %9s %9s %9s   | %9s\n", "", "motions", "mean", "median", "p99", "slowest",
-                 "all calls");
-    benchPlans(out, one, repeat);
-    benchPlans(out, six, repeat);
-    benchSamples(out, six);
-    std::fprintf(out, "(a quick look: `make bench` runs the Google Benchmark suite)\n");
-    return kPlanned;
-}
-
 }  // namespace
 }  // namespace vekta::cli
 
@@ -499,13 +409,6 @@ int main(int argc, char** argv) {
     verifyCmd->add_option("--units", verifyOpts.out.units, "with --case: units of the positions, m or rad")
         ->needs(caseOpt);
 
-    BenchOptions benchOpts;
-    CLI::App* benchCmd = app.add_subcommand("bench", "plan and sample timings (a quick look; see `make bench`)");
-    benchCmd->add_option("--count", benchOpts.count, "motions per set (1 to 100000)")->capture_default_str();
-    benchCmd->add_option("--repeat", benchOpts.repeat, "timed repetitions of every motion (1 to 10000)")
-        ->capture_default_str();
-    benchCmd->add_option("--seed", benchOpts.seed, "seed of the drawn motions")->capture_default_str();
-
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& e) {
@@ -514,7 +417,7 @@ int main(int argc, char** argv) {
         // CLI11 asks for a subcommand before it complains about an unknown word.
         const std::vector<std::string> extra = app.remaining();
         if (app.get_subcommands().empty() && !extra.empty()) {
-            std::fprintf(stderr, "vekta: unknown subcommand \"%s\": use demo, plan, verify or bench\n",
+            std::fprintf(stderr, "vekta: unknown subcommand \"%s\": use demo, plan or verify\n",
                          extra[0].c_str());
         } else {
             std::fprintf(stderr, "vekta: %s (see vekta --help)\n", e.what());
@@ -540,7 +443,6 @@ int main(int argc, char** argv) {
             return showMotion(m, planOut, "vekta plan");
         }
         if (verifyCmd->parsed()) return verify(verifyOpts);
-        if (benchCmd->parsed()) return bench(benchOpts);
     } catch (const std::exception& e) {
         std::fflush(stdout);
         std::fprintf(stderr, "%s: %s\n", command.c_str(), e.what());
