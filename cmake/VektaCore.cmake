@@ -44,6 +44,7 @@ set(VEKTA_ONCE_SOURCES
     src/check/curve_check.cpp
     src/check/plan_check.cpp
     src/planner/planning_copy.cpp
+    src/planner/requests.cpp
     src/planner/sampler.cpp
     src/planner/updates.cpp)
 

@@ -2,17 +2,26 @@
  * libvekta's planner handles, with C linkage and C types: compiles as C11 and
  * as C++17.
  *
- * A VektaPlanner holds everything one planner needs (six axes, their plans,
- * the sampler's memory, the trace, recovery and output switches). Planners
- * share nothing: each may be driven from its own thread, with the same results
- * as alone. One planner must not be used from two threads at once. The
- * functions of vekta.h act on a planner of their own, the default planner,
- * which no handle reaches.
+ * A VektaPlanner holds everything one planner needs (up to VEKTA_MAX_AXES
+ * axes, their plans, the sampler's memory, its period, the trace, recovery and
+ * output switches). Planners share nothing: each may be driven from its own
+ * thread, with the same results as alone. One planner must not be used from
+ * two threads at once. The functions of vekta.h act on a planner of their own,
+ * the default planner, which no handle reaches.
  *
- * Every function below does what the vekta.h function named beside it does,
- * on the planner given (which must not be NULL), prints the same lines into
- * the planner's output (standard output unless switched), and allocates
- * nothing, except vektaPlannerCreate.
+ * Two sets of calls act on a planner:
+ *  - the library's own (Move, Stop, CatchUp and what reads their plans): any
+ *    arm of 1 to VEKTA_MAX_AXES axes, a jerk limit per axis, the planner's
+ *    period, every argument checked, a VektaStatus and a reason in words for
+ *    every failure (vektaPlannerError), recovery mode's repairs and plan check
+ *    always on;
+ *  - the handle forms of the vekta.h functions (PositionUpdate and the rest):
+ *    exactly what the vekta.h function named beside each does (1 or 6 axes, a
+ *    jerk ratio), on the planner given.
+ * A new planner prints nothing (its output is off); the output functions at
+ * the end switch the diagnostic lines on. Nothing allocates except
+ * vektaPlannerCreate. Every function takes a NULL planner and returns the
+ * failure value its comment names, without crashing.
  */
 #ifndef VEKTA_VEKTA_C_H
 #define VEKTA_VEKTA_C_H
@@ -29,6 +38,26 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The most axes a planner holds (a planner is still a fixed block of memory). */
+#define VEKTA_MAX_AXES 16
+
+/*
+ * What the library's own calls return.
+ */
+enum VektaStatus {
+    VEKTA_OK = 0,
+    VEKTA_INVALID_ARGUMENT = 1,      /* a NULL planner or array, an axis count outside 1..VEKTA_MAX_AXES, a
+                                        NaN or infinite value, a limit that is not positive, a period
+                                        outside VEKTA_MIN_PERIOD..VEKTA_MAX_PERIOD */
+    VEKTA_NO_PROFILE = 2,            /* an axis has no motion profile from its state (the reason names it) */
+    VEKTA_PLAN_REFUSED = 3,          /* the plan check found the plan unsafe to sample */
+    VEKTA_CONVEYOR_OUT_OF_REACH = 4  /* the catch-up ends beyond the conveyor limit */
+};
+
+/* The control periods a planner accepts, in seconds (5 ms until set). */
+#define VEKTA_MIN_PERIOD 0.0001
+#define VEKTA_MAX_PERIOD 1.0
 
 /*
  * Results of vektaCheckPlan and vektaPlannerCheck: 0 when the plan may be
@@ -55,11 +84,13 @@ typedef struct VektaPlanner VektaPlanner;
 
 /* ---- Life cycle */
 
-/* A new planner in the state of the default planner at load (no plan, trace
- * and recovery off, output to standard output), or NULL when out of memory. */
+/* A new planner (no plan, a 5 ms period, trace and recovery off, output
+ * off), or NULL when out of memory. */
 VEKTA_API VektaPlanner* vektaPlannerCreate(void);
 
-/* Frees a planner made by vektaPlannerCreate; NULL is ignored. */
+/* Frees a planner made by vektaPlannerCreate. NULL is ignored, and so is a
+ * planner made by vektaPlannerInit in the caller's memory (the caller frees
+ * that memory; the planner keeps working until then). */
 VEKTA_API void vektaPlannerDestroy(VektaPlanner* planner);
 
 /* For callers who allocate nothing: the bytes a planner needs. The memory must
@@ -72,7 +103,83 @@ VEKTA_API size_t vektaPlannerSize(void);
  * whenever it likes after the last call on it. */
 VEKTA_API VektaPlanner* vektaPlannerInit(void* mem);
 
-/* ---- Planning and sampling: 1 for true, 0 for false */
+/* ---- The library's own calls: any arm, checked, with reasons
+ *
+ * Arrays hold one value per axis, axis 0 first; positions in the caller's
+ * unit (m or rad), velocities per second, and so on. Every call that plans
+ * checks all its arguments first, plans with recovery mode's repairs and
+ * refuses a plan the plan check rejects, whatever vektaPlannerSetRecovery
+ * said. All axes end together, at vektaPlannerDuration. After any failed call
+ * the planner has no plan: Duration returns 0, StateAt and Next -1. */
+
+/* Position mode: every axis from (pos, vel, acc) to target, at rest. vel and
+ * acc may be NULL (zero). maxVel, maxAcc and maxJerk must be positive.
+ * Returns a VektaStatus (VEKTA_INVALID_ARGUMENT for a NULL planner). */
+VEKTA_API int vektaPlannerMove(VektaPlanner* planner, int axes, const double* target,
+                               const double* maxVel, const double* maxAcc,
+                               const double* maxJerk, const double* pos, const double* vel,
+                               const double* acc);
+
+/* The fastest synchronised stop from (pos, vel, acc): every axis to rest. vel
+ * and acc may be NULL (zero). Returns a VektaStatus. */
+VEKTA_API int vektaPlannerStop(VektaPlanner* planner, int axes, const double* maxVel,
+                               const double* maxAcc, const double* maxJerk, const double* pos,
+                               const double* vel, const double* acc);
+
+/* The conveyor catch-up: the arm starts at rest at 0 in the conveyor's frame
+ * and reaches target there, axis 0 ending with the conveyor's velocity
+ * conveyorVel; the samples are in the fixed frame. A catch-up that ends with
+ * the conveyor target at or beyond conveyorLimit is refused with
+ * VEKTA_CONVEYOR_OUT_OF_REACH. Returns a VektaStatus. */
+VEKTA_API int vektaPlannerCatchUp(VektaPlanner* planner, int axes, double conveyorVel,
+                                  double conveyorLimit, const double* target,
+                                  const double* maxVel, const double* maxAcc,
+                                  const double* maxJerk);
+
+/* Why the last call of the library's own (or an update's handle form, when
+ * the plan check refused its plan) failed, in words naming the axis ("axis 3:
+ * maxJerk is -1, it must be a positive finite number"); "" after a success.
+ * Always terminated; "planner is NULL" for a NULL planner. Valid until the
+ * next call on the planner. */
+VEKTA_API const char* vektaPlannerError(const VektaPlanner* planner);
+
+/* The control period for the plans that follow, VEKTA_MIN_PERIOD to
+ * VEKTA_MAX_PERIOD seconds; a plan made before keeps its period. Returns
+ * VEKTA_OK, or VEKTA_INVALID_ARGUMENT with the period unchanged (and no plan). */
+VEKTA_API int vektaPlannerSetPeriod(VektaPlanner* planner, double seconds);
+
+/* The period set for the plans that follow; 0 for a NULL planner. */
+VEKTA_API double vektaPlannerPeriod(const VektaPlanner* planner);
+
+/* The axis count of the current plan; 0 without a plan or for a NULL planner. */
+VEKTA_API int vektaPlannerAxes(const VektaPlanner* planner);
+
+/* The common end time of the current plan in seconds; 0 without a plan or
+ * for a NULL planner. */
+VEKTA_API double vektaPlannerDuration(const VektaPlanner* planner);
+
+/* How long axis `axis` of the current plan would take alone, as fast as its
+ * limits allow (the slowest axis sets the Duration); -1 without a plan, for
+ * an axis outside the plan or a NULL planner. */
+VEKTA_API double vektaPlannerMinimumTime(const VektaPlanner* planner, int axis);
+
+/* Every axis of the current plan at time t (seconds after the call that
+ * planned): the start state for t <= 0, the end state past the end. For
+ * t = (k + 1) * period it gives exactly what the k-th call of
+ * vektaPlannerNext gives. Does not move the sampling cursor. Returns 0, or
+ * -1 without a plan, for a NaN t or a NULL array (nothing written). */
+VEKTA_API int vektaPlannerStateAt(const VektaPlanner* planner, double t, double* pos, double* vel,
+                                  double* acc);
+
+/* Every axis at the next period: the k-th call (0-based) after a plan gives
+ * the state at (k + 1) * period, as vektaPlannerSample gives it axis by axis
+ * (it moves the same cursor). Writes vektaPlannerAxes() values into each
+ * array. Returns 0 while moving, 1 once every axis has finished (the end
+ * state), -1 without a plan or for a NULL array (nothing written). */
+VEKTA_API int vektaPlannerNext(VektaPlanner* planner, double* pos, double* vel, double* acc);
+
+/* ---- The handle forms of the vekta.h functions: 1 for true, 0 for false
+ * (0 for a NULL planner) */
 
 /* vektaPostionModeParaUpd, without the unused last argument. */
 VEKTA_API int vektaPlannerPositionUpdate(VektaPlanner* planner, int n, const double* tgtPos,
@@ -93,17 +200,18 @@ VEKTA_API int vektaPlannerConveyorUpdate(VektaPlanner* planner, int n, double co
                                          double jerkRatio, double spare);
 
 /* vektaPositionModePerFreedom and vektaVelocityModePerFreedom (the same
- * operation for plans of either mode); count must not be NULL. */
+ * operation for plans of either mode, at the planner's period); -1 for a NULL
+ * planner or count. */
 VEKTA_API int vektaPlannerSample(VektaPlanner* planner, int axis, int nSamples, double* pos,
                                  double* vel, double* acc, int* count);
 
-/* getLeftMoveTime. */
+/* getLeftMoveTime; 0 for a NULL planner. */
 VEKTA_API double vektaPlannerLeftTime(const VektaPlanner* planner);
 
-/* vektaCheckPlan: a VektaCheckResult. */
+/* vektaCheckPlan: a VektaCheckResult (VEKTA_CHECK_NO_PLAN for a NULL planner). */
 VEKTA_API int vektaPlannerCheck(const VektaPlanner* planner, char* message, int messageSize);
 
-/* ---- Switches (each prints nothing) */
+/* ---- Switches (each prints nothing; a NULL planner is ignored) */
 
 /* setTestLevel: trace prints on (non-zero) or off. */
 VEKTA_API void vektaPlannerSetTrace(VektaPlanner* planner, int on);
@@ -111,12 +219,13 @@ VEKTA_API void vektaPlannerSetTrace(VektaPlanner* planner, int on);
 /* vektaSetRecovery: recovery mode on (non-zero) or off for the updates that follow. */
 VEKTA_API void vektaPlannerSetRecovery(VektaPlanner* planner, int on);
 
-/* ---- Output: where the planner's lines go (the texts are the same everywhere) */
+/* ---- Output: where the planner's diagnostic lines go (the texts are the same
+ * everywhere; off for a new planner; a NULL planner is ignored) */
 
 /* Receives each message: length characters (text is not terminated). */
 typedef void (*VektaOutputFn)(const char* text, size_t length, void* user);
 
-/* Standard output, through printf's stream (the default). */
+/* Standard output, through printf's stream (the default planner's output). */
 VEKTA_API void vektaPlannerOutputToStdout(VektaPlanner* planner);
 
 /* The caller's stream, which must stay open while the planner prints;

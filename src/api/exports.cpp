@@ -30,22 +30,22 @@ void vektaDebugInfo() {}
 bool vektaPostionModeParaUpd(int n, const double* tgtPos, const double* maxVel,
                              const double* maxAcc, double jerkRatio, const double* curPos,
                              const double* curVel, const double* curAcc, double /*spare*/) {
-    return vekta::positionUpdate(defaultState(), n, tgtPos, maxVel, maxAcc, jerkRatio, curPos,
+    return vekta::positionUpdate(defaultState(), vekta::kLegacyCounts, n, tgtPos, maxVel, maxAcc, {nullptr, jerkRatio}, curPos,
                                  curVel, curAcc);
 }
 
 bool vektaVelocityModeParaUpd(int n, const double* maxVel, const double* maxAcc, double jerkRatio,
                               const double* curPos, const double* curVel, const double* curAcc,
                               double /*spare*/) {
-    return vekta::velocityUpdate(defaultState(), n, maxVel, maxAcc, jerkRatio, curPos, curVel,
+    return vekta::velocityUpdate(defaultState(), vekta::kLegacyCounts, n, maxVel, maxAcc, {nullptr, jerkRatio}, curPos, curVel,
                                  curAcc);
 }
 
 bool vektaPostionModeParaUpdConveyor(int n, double conveyorVel, double conveyorLimit,
                                      const double* tgtPos, const double* maxVel,
                                      const double* maxAcc, double jerkRatio, double spare) {
-    return vekta::conveyorUpdate(defaultState(), n, conveyorVel, conveyorLimit, tgtPos, maxVel,
-                                 maxAcc, jerkRatio, spare);
+    return vekta::conveyorUpdate(defaultState(), vekta::kLegacyCounts, n, conveyorVel, conveyorLimit, tgtPos, maxVel,
+                                 maxAcc, {nullptr, jerkRatio}, spare);
 }
 
 int vektaCheckPlan(char* message, int messageSize) {

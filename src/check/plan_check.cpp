@@ -41,7 +41,7 @@ constexpr double kJoinRel = 1e-6;
 // positions or velocities: a large acceleration times that rounding would
 // excuse a jump the sampler hands out.
 constexpr double kTimeEps = 1e-14;
-// Six axes end together: relative to the end time, or absolute for short plans.
+// The axes of a plan end together: relative to the end time, or absolute for short plans.
 constexpr double kEndTimeRel = 1e-9;
 constexpr double kEndTimeAbs = 1e-12;
 
@@ -208,7 +208,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
 int checkPlan(const PlannerState& st, char* message, int messageSize) {
     Report rep{message, messageSize};
     const int axes = st.axisCount;
-    if (st.planMode == kNoPlanMode || (axes != 1 && axes != kMaxAxes)) {
+    if (st.planMode == kNoPlanMode || axes < 1 || axes > kMaxAxes) {
         return rep.code(VEKTA_CHECK_NO_PLAN, "no plan: no update has planned yet");
     }
     if (st.planFailed) return rep.code(VEKTA_CHECK_NO_PLAN, "no plan: the last update failed");

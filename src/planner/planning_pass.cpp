@@ -235,6 +235,14 @@ void reportVelocityEndTimes(const PlannerState& st, double maxT) {
     writeText(out);
 }
 
+// Note which axis and step found no profile, for the reason in words.
+bool failAxis(PlannerState& st, int axis, int step) {
+    st.failure = kFailedProfile;
+    st.failedAxis = static_cast<std::int8_t>(axis);
+    st.failedStep = static_cast<std::int8_t>(step);
+    return false;
+}
+
 }  // namespace
 
 bool planAxes(PlannerState& st, bool positionMode) {
@@ -248,9 +256,10 @@ bool planAxes(PlannerState& st, bool positionMode) {
         const bool ok = positionMode ? planStep1Position(st, r, i) : planStep1Velocity(st, r, i);
         if (!ok) {
             printTo(&st.output, "step1 error:%d\n", i);
-            return false;
+            return failAxis(st, i, 1);
         }
         const double t = lastTime(r);
+        st.minimumTime[i] = t;
         if (t > maxT) {  // strictly: of equal times the lower axis wins
             maxT = t;
             st.slowestAxis = static_cast<std::int8_t>(i);
@@ -269,7 +278,7 @@ bool planAxes(PlannerState& st, bool positionMode) {
             restoreSnapshot(r);
             const bool ok = positionMode ? planStep2Position(st, r, i, maxT)
                                          : planStep2Velocity(st, r, i, maxT);
-            if (!ok) return false;
+            if (!ok) return failAxis(st, i, 2);
         }
     }
 

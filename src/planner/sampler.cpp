@@ -22,7 +22,8 @@ namespace {
 // was never planned (pointCount 0).
 int lastIndex(const AxisPlan& rec) { return rec.pointCount > 0 ? rec.pointCount - 1 : 0; }
 
-double periodTime(int period) { return period * kCyclePeriod; }
+// The time of period number `period` at the plan's period `step`.
+double periodTime(double step, int period) { return period * step; }
 
 // The period counter keeps running after the end of the curve; it stops one
 // below the largest int (after some 124 days of sampling one axis) so that
@@ -72,7 +73,7 @@ void reportOvershoot(PlannerState& st, const AxisPlan& r, int axis, int finished
 // Axis 0 with less than one period left after one call must be finished after
 // the next; otherwise the motion did not stop where the plan said.
 void trackNoStop(PlannerState& st, int finished) {
-    const bool lastPeriod = leftMoveTime(st) < kCyclePeriod;
+    const bool lastPeriod = leftMoveTime(st) < samplingPeriod(st);
     if (st.noStopPending) {
         if (finished) {
             st.noStopPending = false;
@@ -98,14 +99,14 @@ void trackNoStop(PlannerState& st, int finished) {
 // Past the curve's last point: the end state, once per call, after the k
 // samples already written (the period counter keeps running). Returns the
 // count of the call.
-[[gnu::noinline]] int sampleEndState(AxisPlan& r, int k, int c, double t, double* pos, double* vel,
-                                     double* acc) {
+[[gnu::noinline]] int sampleEndState(AxisPlan& r, double step, int k, int c, double t, double* pos,
+                                     double* vel, double* acc) {
     const int last = lastIndex(r);
     acc[k] = 0.0;
     vel[k] = r.tgtVel;
     pos[k] = r.secPos[last];
     countPeriod(r);
-    if (c == r.pointCount && r.secTime[last] + kCyclePeriod >= t) r.secCursor = r.pointCount;
+    if (c == r.pointCount && r.secTime[last] + step >= t) r.secCursor = r.pointCount;
     return k + 1;
 }
 
@@ -115,7 +116,7 @@ void trackNoStop(PlannerState& st, int finished) {
                                      int count, const double* pos, const double* vel,
                                      const double* acc) {
     if (count > 0 && finished) {
-        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(samplingPeriod(st), r.sampleCount + 1),
                   r.secTime[lastIndex(r)]);
     }
     if (st.axisCount == 1 && pos != nullptr && vel != nullptr && acc != nullptr) {
@@ -128,8 +129,29 @@ void trackNoStop(PlannerState& st, int finished) {
 
 double leftMoveTime(const PlannerState& st) {
     const AxisPlan& r = st.records[0];
-    const double left = r.secTime[lastIndex(r)] - periodTime(r.sampleCount);
+    const double left = r.secTime[lastIndex(r)] - periodTime(samplingPeriod(st), r.sampleCount);
     return left > 0.0 ? left : 0.0;
+}
+
+void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double& acc) {
+    const int points = r.pointCount;
+    int c = 1;
+    while (c < points && t > r.secTime[c]) ++c;
+    if (c >= points) {  // past the last point: the end state (as sampleEndState)
+        acc = 0.0;
+        vel = r.tgtVel;
+        pos = r.secPos[lastIndex(r)];
+        return;
+    }
+    const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
+    const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
+    const double dA = r.secAcc[c] - a0;
+    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+    const double tau = t - t0;
+    const double halfTau2 = tau * tau / 2.0;
+    acc = a0 + jerk * tau;
+    vel = v0 + a0 * tau + jerk * halfTau2;
+    pos = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
 }
 
 namespace {
@@ -143,6 +165,7 @@ namespace {
     if (axis >= st.axisCount || axis < 0) return 0;
 
     AxisPlan& r = st.records[axis];
+    const double step = samplingPeriod(st);
     const int points = r.pointCount;
     int period = r.sampleCount;
     int cursor = r.secCursor;
@@ -151,7 +174,7 @@ namespace {
     bool curveEnded = false;
     double t = 0.0;
     while (k < nSamples) {
-        t = periodTime(period + 1);
+        t = periodTime(step, period + 1);
         // Strictly greater: a time exactly on a point is sampled in the
         // section that ends there, and zero-length sections are skipped.
         while (c < points && t > r.secTime[c]) ++c;
@@ -176,9 +199,9 @@ namespace {
     r.sampleCount = period;
     r.secCursor = cursor;
     r.sampleSectionEnd = NAN;  // its cursor may have passed sections whose times go back
-    count = curveEnded ? sampleEndState(r, k, c, t, pos, vel, acc) : k;
+    count = curveEnded ? sampleEndState(r, step, k, c, t, pos, vel, acc) : k;
 
-    const int finished = periodTime(r.sampleCount) >= r.secTime[points > 0 ? points - 1 : 0] ? 1 : 0;
+    const int finished = periodTime(step, r.sampleCount) >= r.secTime[points > 0 ? points - 1 : 0] ? 1 : 0;
     if ((count > 0 && finished) || st.axisCount == 1 || axis == 0) {
         afterSampling(st, r, axis, finished, count, pos, vel, acc);
     }
@@ -190,7 +213,7 @@ namespace {
 [[gnu::noinline]] int finishOneSample(PlannerState& st, const AxisPlan& r, int axis, int finished,
                                       const double* pos) {
     if (finished) {
-        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(r.sampleCount + 1),
+        printTo(&st.output, "ldata:%f %f time %f %f \n", r.tgtPos, pos[0], periodTime(samplingPeriod(st), r.sampleCount + 1),
                   r.secTime[lastIndex(r)]);
     }
     if (axis == 0) trackNoStop(st, finished);
@@ -218,7 +241,7 @@ namespace {
 }
 
 // The call a controller makes for every axis in every period: one sample,
-// inside the curve of a six-axis plan, no report due. It does what
+// inside the curve of a plan of several axes, no report due. It does what
 // sampleAnyCall does for it, from the record's copy of the current section
 // while the sample time stays inside it (within a section the cursor does
 // not move); anything else (and a sample past the curve's end) goes to
@@ -227,16 +250,17 @@ template <typename OtherCall>
 [[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
                                              double* vel, double* acc, int& count,
                                              const OtherCall& other) {
-    if (nSamples != 1 || st.newPlan || st.planFailed || st.axisCount != kMaxAxes || axis < 0 ||
-        axis >= kMaxAxes) {
+    if (nSamples != 1 || st.newPlan || st.planFailed || st.axisCount < 2 || axis < 0 ||
+        axis >= st.axisCount) {
         return other();
     }
     AxisPlan& r = st.records[axis];
-    const double t = periodTime(r.sampleCount + 1);
+    const double step = samplingPeriod(st);
+    const double t = periodTime(step, r.sampleCount + 1);
     if (!(t <= r.sampleSectionEnd) && !enterSection(r, t)) return other();
     int period = r.sampleCount;
     nextPeriod(period);
-    const int finished = periodTime(period) >= r.secTime[r.pointCount - 1] ? 1 : 0;
+    const int finished = periodTime(step, period) >= r.secTime[r.pointCount - 1] ? 1 : 0;
     r.sampleCount = period;
     count = 1;
 

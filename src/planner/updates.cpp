@@ -7,6 +7,7 @@
 #include "planner/updates.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "check/plan_check.h"
 #include "numeric/axis_curve.h"
@@ -25,25 +26,35 @@ constexpr double kMinConveyorSpare = 0.002;
 
 // Room for the plan check's message (its longest lines take about 110 characters).
 constexpr int kRefusalMessageSize = 256;
+static_assert(kRefusalMessageSize <= kErrorCapacity, "the check's message is kept as the reason");
 
-bool acceptAxisCount(PlannerState& st, int n) {
+bool acceptAxisCount(PlannerState& st, AxisCounts counts, int n) {
     attachOutput(st);
     st.newPlan = true;
-    if (n != kMaxAxes && n != 1) {
+    st.failure = kNoFailure;
+    st.error[0] = '\0';
+    st.planPeriod = updatePeriod(st);
+    const bool taken = counts == kAnyCount ? (n >= 1 && n <= kMaxAxes) : (n == kLegacyAxes || n == 1);
+    if (!taken) {
         printTo(&st.output, "vekta: incorrect freedom number-%d!\n", n);
         st.planFailed = true;
+        st.failure = kFailedAxisCount;
         return false;
     }
     st.axisCount = static_cast<std::int8_t>(n);
     return true;
 }
 
-void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, double jerkRatio,
+double jerkOf(JerkLimits jerk, const double* maxAcc, int i) {
+    return jerk.maxJerk != nullptr ? jerk.maxJerk[i] : maxAcc[i] * jerk.ratio;
+}
+
+void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, JerkLimits jerk,
               const double* curPos, const double* curVel, const double* curAcc) {
     r.tgtVel = 0.0;
     r.maxVel = maxVel[i];
     r.maxAcc = maxAcc[i];
-    r.maxJerk = maxAcc[i] * jerkRatio;
+    r.maxJerk = jerkOf(jerk, maxAcc, i);
     r.curPos = curPos[i];
     r.curVel = curVel[i];
     r.curAcc = curAcc[i];
@@ -78,18 +89,20 @@ bool refuseUnchecked(PlannerState& st, bool ok) {
     if (checkPlan(st, why, kRefusalMessageSize) == VEKTA_CHECK_OK) return true;
     printTo(&st.output, "vekta: plan refused: %s\n", why);
     st.planFailed = true;
+    st.failure = kFailedCheck;
+    std::memcpy(st.error, why, sizeof why);  // the check's message, for the reason in words
     return false;
 }
 
 }  // namespace
 
-bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double* maxVel,
-                    const double* maxAcc, double jerkRatio, const double* curPos,
-                    const double* curVel, const double* curAcc) {
-    if (!acceptAxisCount(st, n)) return false;
+bool positionUpdate(PlannerState& st, AxisCounts counts, int n, const double* tgtPos,
+                    const double* maxVel, const double* maxAcc, JerkLimits jerk,
+                    const double* curPos, const double* curVel, const double* curAcc) {
+    if (!acceptAxisCount(st, counts, n)) return false;
     for (int i = 0; i < n; ++i) {
         AxisPlan& r = st.records[i];
-        copyAxis(r, i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
+        copyAxis(r, i, maxVel, maxAcc, jerk, curPos, curVel, curAcc);
         r.tgtPos = tgtPos[i];
     }
     const bool ok = planUpdate(st, true);
@@ -104,7 +117,7 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
         appendLiteral(out, "posUpd: 1st pt ");
         appendAxisState(out, r0);
         appendLiteral(out, " peroid ");
-        appendFixed(out, kCyclePeriod);
+        appendFixed(out, st.planPeriod);
         appendLiteral(out, "\n");
         for (int i = 0; i < printablePoints(r0); ++i) {
             appendLiteral(out, "(");
@@ -121,12 +134,12 @@ bool positionUpdate(PlannerState& st, int n, const double* tgtPos, const double*
     return refuseUnchecked(st, ok);
 }
 
-bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double* maxAcc,
-                    double jerkRatio, const double* curPos, const double* curVel,
-                    const double* curAcc) {
-    if (!acceptAxisCount(st, n)) return false;
+bool velocityUpdate(PlannerState& st, AxisCounts counts, int n, const double* maxVel,
+                    const double* maxAcc, JerkLimits jerk, const double* curPos,
+                    const double* curVel, const double* curAcc) {
+    if (!acceptAxisCount(st, counts, n)) return false;
     for (int i = 0; i < n; ++i) {
-        copyAxis(st.records[i], i, maxVel, maxAcc, jerkRatio, curPos, curVel, curAcc);
+        copyAxis(st.records[i], i, maxVel, maxAcc, jerk, curPos, curVel, curAcc);
     }
     const bool ok = planUpdate(st, false);
     st.planMode = kVelocityPlan;
@@ -145,10 +158,13 @@ bool velocityUpdate(PlannerState& st, int n, const double* maxVel, const double*
     return refuseUnchecked(st, ok);
 }
 
-bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyorLimit,
-                    const double* tgtPos, const double* maxVel, const double* maxAcc,
-                    double jerkRatio, double spare) {
-    if (spare < kMinConveyorSpare) return false;
+bool conveyorUpdate(PlannerState& st, AxisCounts counts, int n, double conveyorVel,
+                    double conveyorLimit, const double* tgtPos, const double* maxVel,
+                    const double* maxAcc, JerkLimits jerk, double spare) {
+    if (spare < kMinConveyorSpare) {
+        st.failure = kFailedSpare;
+        return false;
+    }
 
     // In the conveyor's frame the robot starts at rest at 0 on every axis but
     // axis 0, which moves backwards at the conveyor's speed. In recovery mode
@@ -156,7 +172,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     const double zeros[kMaxAxes] = {};
     double velocities[kMaxAxes] = {};
     velocities[0] = -conveyorVel;
-    if (!positionUpdate(st, n, tgtPos, maxVel, maxAcc, jerkRatio, zeros, velocities, zeros)) {
+    if (!positionUpdate(st, counts, n, tgtPos, maxVel, maxAcc, jerk, zeros, velocities, zeros)) {
         return false;
     }
 
@@ -164,6 +180,7 @@ bool conveyorUpdate(PlannerState& st, int n, double conveyorVel, double conveyor
     const double travel = leftMoveTime(st) * conveyorVel;
     if (tgtPos[0] + travel >= conveyorLimit) {
         st.planMode = kConveyorRefusedPlan;
+        st.failure = kFailedConveyor;
         printTo(&st.output, "vekta: failed to catch up with conveyor-%f+%f>%f\n", tgtPos[0], travel,
                   conveyorLimit);
         return false;

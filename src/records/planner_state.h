@@ -14,12 +14,22 @@
 
 namespace vekta {
 
-// The fixed control period of the controller, in seconds.
+// The control period of a planner that was not given one, in seconds: the
+// period of every plan made through vekta.h.
 constexpr double kCyclePeriod = 0.005;
+
+// The periods a planner accepts (vektaPlannerSetPeriod), in seconds.
+constexpr double kMinPeriod = 1e-4;
+constexpr double kMaxPeriod = 1.0;
 
 // Curve capacity: point 0 is the start state, so at most 12 sections.
 constexpr int kMaxPoints = 13;
-constexpr int kMaxAxes = 6;
+// Axes a planner holds; the updates of vekta.h and their handle forms plan
+// one axis or kLegacyAxes.
+constexpr int kMaxAxes = 16;
+constexpr int kLegacyAxes = 6;
+// Room for the reason of the last failed call, terminator included.
+constexpr int kErrorCapacity = 320;
 constexpr int kNodeVisitSlots = 104;
 constexpr int kStep2ProfileCount = 28;
 
@@ -77,7 +87,17 @@ enum PlanMode : std::int8_t {
     kConveyorRefusedPlan,  // a catch-up that ends beyond the conveyor limit
 };
 
-// The whole planner: six axes, plan flags, statistics, the bracket hints that
+// Why the last update failed, for the reason in words.
+enum UpdateFailure : std::int8_t {
+    kNoFailure = 0,
+    kFailedAxisCount,  // an axis count the update does not take
+    kFailedProfile,    // an axis got no profile (failedAxis, failedStep)
+    kFailedCheck,      // recovery mode: the plan check refused the plan (error holds its message)
+    kFailedConveyor,   // the catch-up ends beyond the conveyor limit
+    kFailedSpare,      // the conveyor update's spare time is below its minimum
+};
+
+// The whole planner: up to kMaxAxes axes, plan flags, statistics, the bracket hints that
 // step-2 tree nodes leave for the step-2 solvers, and the sampler's memory.
 struct PlannerState {
     AxisPlan records[kMaxAxes];
@@ -116,6 +136,21 @@ struct PlannerState {
     bool step1Retry;  // set while that second attempt walks and solves
 
     OutputSink output;  // where this planner's lines go; zero is standard output
+
+    // The control period: `period` is the planner's setting (0: kCyclePeriod),
+    // `planPeriod` the one the current plan is sampled at (set by every update).
+    double period;
+    double planPeriod;
+    // Each axis's end time after step 1: the axis alone, as fast as it can.
+    double minimumTime[kMaxAxes];
+    // The last update's failure (UpdateFailure) and, for kFailedProfile, the
+    // axis and the step (1 or 2) that found no profile.
+    std::int8_t failure;
+    std::int8_t failedAxis;
+    std::int8_t failedStep;
+    // The reason of the last failed call of the library's own API, terminated;
+    // empty after a success.
+    char error[kErrorCapacity];
 };
 
 }  // namespace vekta
