@@ -1222,211 +1222,110 @@ bool node97(PlannerState& st, AxisPlan& rec) {
 
 }  // namespace
 
-// Node n at index n; a node that repeats another one shares its function.
-static const NodeFn kStep2Nodes[kStep2NodeCount] = {
-    alwaysTrue,     // 0
-    prologueNode1,  // 1
-    prologueNode2,  // 2
-    prologueNode3,  // 3
-    prologueNode4,  // 4
-    node5,          // 5
-    prologueNode6,  // 6
-    prologueNode7,  // 7
-    prologueNode8,  // 8
-    node9,          // 9
-    node10,         // 10
-    node11,         // 11
-    node12,         // 12
-    node13,         // 13
-    node14,         // 14
-    node15,         // 15
-    node16,         // 16
-    node17,         // 17
-    node18,         // 18
-    node19,         // 19
-    node20,         // 20
-    node21,         // 21
-    alwaysTrue,     // 22
-    node34,         // 23
-    node24,         // 24
-    node29,         // 25
-    node26,         // 26
-    node27,         // 27
-    node28,         // 28
-    node29,         // 29
-    node30,         // 30
-    node31,         // 31
-    node32,         // 32
-    node33,         // 33
-    node34,         // 34
-    alwaysTrue,     // 35
-    node36,         // 36
-    node37,         // 37
-    node38,         // 38
-    alwaysTrue,     // 39
-    node30,         // 40
-    node41,         // 41
-    node42,         // 42
-    node43,         // 43
-    node44,         // 44
-    alwaysTrue,     // 45
-    node46,         // 46
-    node47,         // 47
-    node48,         // 48
-    node49,         // 49
-    node50,         // 50
-    node51,         // 51
-    node52,         // 52
-    node53,         // 53
-    node54,         // 54
-    node55,         // 55
-    node56,         // 56
-    node57,         // 57
-    node58,         // 58
-    node59,         // 59
-    node60,         // 60
-    node61,         // 61
-    node62,         // 62
-    node63,         // 63
-    node64,         // 64
-    node67,         // 65
-    node66,         // 66
-    node67,         // 67
-    node68,         // 68
-    node69,         // 69
-    node62,         // 70
-    node63,         // 71
-    node64,         // 72
-    node73,         // 73
-    node74,         // 74
-    node75,         // 75
-    node76,         // 76
-    node77,         // 77
-    node78,         // 78
-    node79,         // 79
-    node80,         // 80
-    node81,         // 81
-    node82,         // 82
-    node83,         // 83
-    node84,         // 84
-    node85,         // 85
-    node86,         // 86
-    node87,         // 87
-    node88,         // 88
-    node89,         // 89
-    node90,         // 90
-    node91,         // 91
-    node37,         // 92
-    node38,         // 93
-    node41,         // 94
-    node95,         // 95
-    node42,         // 96
-    node97,         // 97
+// Node n at row n: its test, then the node after a true and after a false
+// result (0 stops the walk). A node that repeats another one shares its test.
+static const TreeRow kStep2Rows[kStep2NodeCount] = {
+    {alwaysTrue, 0, 0},       // 0
+    {prologueNode1, 2, 2},    // 1
+    {prologueNode2, 3, 3},    // 2
+    {prologueNode3, 4, 5},    // 3
+    {prologueNode4, 9, 5},    // 4
+    {node5, 6, 7},            // 5
+    {prologueNode6, 9, 9},    // 6
+    {prologueNode7, 8, 9},    // 7
+    {prologueNode8, 9, 9},    // 8
+    {node9, 10, 51},          // 9
+    {node10, 11, 12},         // 10
+    {node11, 13, 14},         // 11
+    {node12, 16, 88},         // 12
+    {node13, 0, 15},          // 13
+    {node14, 18, 19},         // 14
+    {node15, 0, 0},           // 15
+    {node16, 0, 17},          // 16
+    {node17, 13, 0},          // 17
+    {node18, 40, 20},         // 18
+    {node19, 25, 21},         // 19
+    {node20, 27, 86},         // 20
+    {node21, 23, 84},         // 21
+    {alwaysTrue, 0, 0},       // 22
+    {node34, 0, 24},          // 23
+    {node24, 0, 38},          // 24
+    {node29, 40, 26},         // 25
+    {node26, 0, 41},          // 26
+    {node27, 28, 29},         // 27
+    {node28, 30, 32},         // 28
+    {node29, 40, 34},         // 29
+    {node30, 0, 31},          // 30
+    {node31, 41, 0},          // 31
+    {node32, 33, 0},          // 32
+    {node33, 0, 0},           // 33
+    {node34, 0, 36},          // 34
+    {alwaysTrue, 0, 0},       // 35
+    {node36, 37, 0},          // 36
+    {node37, 38, 0},          // 37
+    {node38, 41, 0},          // 38
+    {alwaysTrue, 0, 0},       // 39
+    {node30, 0, 41},          // 40
+    {node41, 42, 43},         // 41
+    {node42, 44, 46},         // 42
+    {node43, 44, 47},         // 43
+    {node44, 0, 0},           // 44
+    {alwaysTrue, 0, 0},       // 45
+    {node46, 0, 0},           // 46
+    {node47, 48, 49},         // 47
+    {node48, 0, 46},          // 48
+    {node49, 50, 0},          // 49
+    {node50, 0, 0},           // 50
+    {node51, 57, 52},         // 51
+    {node52, 80, 53},         // 52
+    {node53, 54, 82},         // 53
+    {node54, 55, 65},         // 54
+    {node55, 56, 60},         // 55
+    {node56, 0, 59},          // 56
+    {node57, 76, 58},         // 57
+    {node58, 62, 75},         // 58
+    {node59, 72, 0},          // 59
+    {node60, 61, 0},          // 60
+    {node61, 0, 0},           // 61
+    {node62, 63, 0},          // 62
+    {node63, 64, 0},          // 63
+    {node64, 0, 0},           // 64
+    {node67, 67, 66},         // 65
+    {node66, 0, 67},          // 66
+    {node67, 68, 69},         // 67
+    {node68, 0, 72},          // 68
+    {node69, 70, 0},          // 69
+    {node62, 71, 0},          // 70
+    {node63, 72, 0},          // 71
+    {node64, 73, 74},         // 72
+    {node73, 0, 0},           // 73
+    {node74, 0, 0},           // 74
+    {node75, 16, 78},         // 75
+    {node76, 0, 77},          // 76
+    {node77, 80, 0},          // 77
+    {node78, 0, 79},          // 78
+    {node79, 82, 0},          // 79
+    {node80, 0, 81},          // 80
+    {node81, 0, 0},           // 81
+    {node82, 0, 83},          // 82
+    {node83, 0, 0},           // 83
+    {node84, 0, 85},          // 84
+    {node85, 86, 0},          // 85
+    {node86, 0, 87},          // 86
+    {node87, 0, 0},           // 87
+    {node88, 89, 90},         // 88
+    {node89, 94, 0},          // 89
+    {node90, 91, 84},         // 90
+    {node91, 0, 92},          // 91
+    {node37, 93, 0},          // 92
+    {node38, 94, 0},          // 93
+    {node41, 96, 95},         // 94
+    {node95, 0, 97},          // 95
+    {node42, 0, 0},           // 96
+    {node97, 0, 0},           // 97
 };
 
-// Successor if true, successor if false; 0 ends the walk.
-static const std::int32_t kStep2Successors[2 * kStep2NodeCount] = {
-    0,  0,   // 0
-    2,  2,   // 1
-    3,  3,   // 2
-    4,  5,   // 3
-    9,  5,   // 4
-    6,  7,   // 5
-    9,  9,   // 6
-    8,  9,   // 7
-    9,  9,   // 8
-    10, 51,  // 9
-    11, 12,  // 10
-    13, 14,  // 11
-    16, 88,  // 12
-    0,  15,  // 13
-    18, 19,  // 14
-    0,  0,   // 15
-    0,  17,  // 16
-    13, 0,   // 17
-    40, 20,  // 18
-    25, 21,  // 19
-    27, 86,  // 20
-    23, 84,  // 21
-    0,  0,   // 22
-    0,  24,  // 23
-    0,  38,  // 24
-    40, 26,  // 25
-    0,  41,  // 26
-    28, 29,  // 27
-    30, 32,  // 28
-    40, 34,  // 29
-    0,  31,  // 30
-    41, 0,   // 31
-    33, 0,   // 32
-    0,  0,   // 33
-    0,  36,  // 34
-    0,  0,   // 35
-    37, 0,   // 36
-    38, 0,   // 37
-    41, 0,   // 38
-    0,  0,   // 39
-    0,  41,  // 40
-    42, 43,  // 41
-    44, 46,  // 42
-    44, 47,  // 43
-    0,  0,   // 44
-    0,  0,   // 45
-    0,  0,   // 46
-    48, 49,  // 47
-    0,  46,  // 48
-    50, 0,   // 49
-    0,  0,   // 50
-    57, 52,  // 51
-    80, 53,  // 52
-    54, 82,  // 53
-    55, 65,  // 54
-    56, 60,  // 55
-    0,  59,  // 56
-    76, 58,  // 57
-    62, 75,  // 58
-    72, 0,   // 59
-    61, 0,   // 60
-    0,  0,   // 61
-    63, 0,   // 62
-    64, 0,   // 63
-    0,  0,   // 64
-    67, 66,  // 65
-    0,  67,  // 66
-    68, 69,  // 67
-    0,  72,  // 68
-    70, 0,   // 69
-    71, 0,   // 70
-    72, 0,   // 71
-    73, 74,  // 72
-    0,  0,   // 73
-    0,  0,   // 74
-    16, 78,  // 75
-    0,  77,  // 76
-    80, 0,   // 77
-    0,  79,  // 78
-    82, 0,   // 79
-    0,  81,  // 80
-    0,  0,   // 81
-    0,  83,  // 82
-    0,  0,   // 83
-    0,  85,  // 84
-    86, 0,   // 85
-    0,  87,  // 86
-    0,  0,   // 87
-    89, 90,  // 88
-    94, 0,   // 89
-    91, 84,  // 90
-    0,  92,  // 91
-    93, 0,   // 92
-    94, 0,   // 93
-    96, 95,  // 94
-    0,  97,  // 95
-    0,  0,   // 96
-    0,  0,   // 97
-};
-
-const DecisionTree Step2Tree = {kStep2Nodes, kStep2Successors, kStep2NodeCount};
+const DecisionTree Step2Tree = {kStep2Rows, kStep2NodeCount};
 
 const char* const step2ProfileNames[kStep2ProfileCount] = {
     "Step2_PosTrapZeroNegTri",  "Step2_NegTrapZeroPosTri",  "Step2_PosTriZeroNegTri",
