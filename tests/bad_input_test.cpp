@@ -247,13 +247,16 @@ TEST(BadInput, CountersStopBeforeTheyOverflow) {
     for (const int c : st.profileUseCount) EXPECT_EQ(c, INT_MAX);
 }
 
-// True when no successor path from `node` comes back to a node on it.
+// True when no successor path from `node` comes back to a node on it, and
+// every row on the way has a test to call.
 bool acyclicFrom(const DecisionTree& t, int node, std::vector<int>& state) {
     if (node == 0) return true;
     if (node < 0 || node >= t.rowCount || state[node] == 1) return false;
     if (state[node] == 2) return true;
+    const TreeRow& row = treeRow(t, node);
+    if (row.node == nullptr) return false;
     state[node] = 1;
-    const bool ok = acyclicFrom(t, t.rows[node].ifTrue, state) && acyclicFrom(t, t.rows[node].ifFalse, state);
+    const bool ok = acyclicFrom(t, row.ifTrue, state) && acyclicFrom(t, row.ifFalse, state);
     state[node] = 2;
     return ok;
 }

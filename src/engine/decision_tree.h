@@ -10,6 +10,10 @@
 namespace vekta {
 inline namespace VEKTA_COPY {
 
+// The row of node n in a tree: the engine's for the prologue nodes both trees
+// share (1-4, 6-8), the tree's own for all others.
+const TreeRow& treeRow(const DecisionTree& tree, int node);
+
 // Step-1 walk of a position-mode plan: from node 1, with the trace prints, and
 // continuing at node 9 after node 5 whatever node 5 returned.
 void walkStep1Position(PlannerState& st, const DecisionTree& tree, AxisPlan& rec);

@@ -22,6 +22,11 @@ struct TreeRow {
     std::int16_t ifFalse;
 };
 
+// The slot of a node a table does not hold: in a step's table the prologue
+// nodes the tree engine holds for both trees, in the engine's table node 5,
+// which each tree holds itself. No walk reads it.
+constexpr TreeRow kNoRow = {nullptr, 0, 0};
+
 // rows[n] is node n. Row 0 is a placeholder: no walk calls it.
 struct DecisionTree {
     const TreeRow* rows;

@@ -12,10 +12,12 @@
 //
 // Nodes 1-8 prepare the state first: a non-negative acceleration (mirroring,
 // inv = -1), an acceleration not above A, and a velocity not beyond -V after
-// the over-speed pulse of node 5. Node 9 takes the snapshot from which the
-// step-1 solver and a later synchronised re-plan both start. Some position
-// nodes release the acceleration (appendAccToZero) on their false branch, so
-// that the nodes after them look at a state with zero acceleration.
+// the over-speed pulse of node 5. The tree engine holds that prologue for
+// both trees; node 5 alone is this tree's own. Node 9 takes the snapshot from
+// which the step-1 solver and a later synchronised re-plan both start. Some
+// position nodes release the acceleration (appendAccToZero) on their false
+// branch, so that the nodes after them look at a state with zero
+// acceleration.
 #include "step1/step1_tree.h"
 
 #include <cstdio>
@@ -25,7 +27,6 @@
 #include "numeric/numerics.h"
 #include "output/text_output.h"
 #include "step1/step1_solvers.h"
-#include "engine/prologue_nodes.h"
 
 namespace vekta {
 inline namespace VEKTA_COPY {
@@ -494,14 +495,14 @@ bool node53(PlannerState&, AxisPlan& r) {
 // result (0 stops the walk). A node that repeats another one shares its test.
 const TreeRow kStep1Rows[kStep1TreeNodeCount] = {
     {node0, 0, 0},            // 0  filler
-    {prologueNode1, 2, 2},    // 1
-    {prologueNode2, 3, 3},    // 2
-    {prologueNode3, 4, 5},    // 3
-    {prologueNode4, 9, 5},    // 4
+    kNoRow,                   // 1 prologue, the tree engine's row
+    kNoRow,                   // 2 prologue, the tree engine's row
+    kNoRow,                   // 3 prologue, the tree engine's row
+    kNoRow,                   // 4 prologue, the tree engine's row
     {node5, 6, 7},            // 5
-    {prologueNode6, 9, 9},    // 6
-    {prologueNode7, 8, 9},    // 7
-    {prologueNode8, 9, 9},    // 8
+    kNoRow,                   // 6 prologue, the tree engine's row
+    kNoRow,                   // 7 prologue, the tree engine's row
+    kNoRow,                   // 8 prologue, the tree engine's row
     {node9, 10, 34},          // 9
     {node10, 11, 29},         // 10
     {node11, 12, 16},         // 11

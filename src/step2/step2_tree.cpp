@@ -16,8 +16,9 @@
 // and every later division stays finite; where a node uses twice, four times
 // or the square of a root, the guard is scaled the same way.
 //
-// Nodes 1..8 (the normalisation prologue, shared with the step-1 tree) are
-// only reachable from node 1; the step-2 walk enters at node 9.
+// Nodes 1..8 (the normalisation prologue, shared with the step-1 tree and
+// held by the tree engine, all but node 5) are only reachable from node 1;
+// the step-2 walk enters at node 9.
 #include "step2/step2_tree.h"
 
 #include <cstdint>
@@ -28,7 +29,6 @@
 #include "numeric/axis_curve.h"
 #include "numeric/numerics.h"
 #include "output/text_output.h"
-#include "engine/prologue_nodes.h"
 
 namespace vekta {
 inline namespace VEKTA_COPY {
@@ -1226,14 +1226,14 @@ bool node97(PlannerState& st, AxisPlan& rec) {
 // result (0 stops the walk). A node that repeats another one shares its test.
 static const TreeRow kStep2Rows[kStep2NodeCount] = {
     {alwaysTrue, 0, 0},       // 0
-    {prologueNode1, 2, 2},    // 1
-    {prologueNode2, 3, 3},    // 2
-    {prologueNode3, 4, 5},    // 3
-    {prologueNode4, 9, 5},    // 4
+    kNoRow,                   // 1 prologue, the tree engine's row
+    kNoRow,                   // 2 prologue, the tree engine's row
+    kNoRow,                   // 3 prologue, the tree engine's row
+    kNoRow,                   // 4 prologue, the tree engine's row
     {node5, 6, 7},            // 5
-    {prologueNode6, 9, 9},    // 6
-    {prologueNode7, 8, 9},    // 7
-    {prologueNode8, 9, 9},    // 8
+    kNoRow,                   // 6 prologue, the tree engine's row
+    kNoRow,                   // 7 prologue, the tree engine's row
+    kNoRow,                   // 8 prologue, the tree engine's row
     {node9, 10, 51},          // 9
     {node10, 11, 12},         // 10
     {node11, 13, 14},         // 11
