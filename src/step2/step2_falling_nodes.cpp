@@ -101,8 +101,8 @@ bool node56(PlannerState& st, AxisPlan& rec) {
                    {q / k.J, -k.J},
                    {q / k.J, k.J}}) >= k.pT) {
         setProfile(rec, NegTrapZeroNegTri);
-        st.trapTriSeedSet = 1;
-        st.trapTriSeed = q;
+        st.hints.trapTriSeedSet = 1;
+        st.hints.trapTriSeed = q;
         return true;
     }
     return false;
@@ -118,7 +118,7 @@ bool node57(PlannerState& st, AxisPlan& rec) {
         appendAccToZero(rec);
         return true;
     }
-    st.hldLinHi = s;
+    st.hints.hldLinHi = s;
     return false;
 }
 
@@ -146,8 +146,8 @@ bool node59(PlannerState& st, AxisPlan& rec) {
         return true;
     }
     setProfile(rec, NegTriZeroNegTrap);
-    st.triTrapSeedSet = 1;
-    st.triTrapSeed = q;
+    st.hints.triTrapSeedSet = 1;
+    st.hints.triTrapSeed = q;
     return false;
 }
 
@@ -212,8 +212,8 @@ bool node63(PlannerState& st, AxisPlan& rec) {
         if (P >= k.pT && other > r) mode = kSeedRaisesLow;
         else if (P < k.pT && r >= other) mode = kSeedCapsHigh;
         if (mode != 0) {
-            st.triTriSeedMode = mode;
-            st.triTriSeed = -r;
+            st.hints.triTriSeedMode = mode;
+            st.hints.triTriSeed = -r;
             setProfile(rec, NegTriZeroNegTri);
             return false;
         }
@@ -229,12 +229,12 @@ bool node64(PlannerState& st, AxisPlan& rec) {
     const NegHold h = negHoldShape(k);
     if (h.P >= k.pT) {
         setProfile(rec, NegTriHldPosLin);
-        st.hldLinLo = -h.r;
+        st.hints.hldLinLo = -h.r;
         return true;
     }
     setProfile(rec, NegLinHldNegTri);
-    st.linHldHi = -h.r;
-    st.linHldLo = 0.0;
+    st.hints.linHldHi = -h.r;
+    st.hints.linHldLo = 0.0;
     return false;
 }
 
@@ -303,11 +303,11 @@ bool node73(PlannerState& st, AxisPlan& rec) {
                    {k.T - 2.0 * k.A / k.J, 0.0},
                    {-al / k.J, k.J}}) >= k.pT) {
         setProfile(rec, NegTrapHldPosLin);
-        st.hldLinHi = -al;
+        st.hints.hldLinHi = -al;
         return true;
     }
     setProfile(rec, NegTriHldPosLin);
-    st.hldLinHi = k.A;
+    st.hints.hldLinHi = k.A;
     return false;
 }
 
@@ -320,12 +320,12 @@ bool node74(PlannerState& st, AxisPlan& rec) {
                    {(k.A + al) / k.J, -k.J},
                    {k.tA, k.J}}) >= k.pT) {
         setProfile(rec, NegLinHldNegTri);
-        st.linHldLo = -al;
+        st.hints.linHldLo = -al;
         return true;
     }
     setProfile(rec, NegLinHldNegTrap);
-    st.linHldLo = 0.0;
-    st.linHldHi = -al;
+    st.hints.linHldLo = 0.0;
+    st.hints.linHldHi = -al;
     return false;
 }
 

@@ -103,7 +103,7 @@ bool node12(PlannerState& st, AxisPlan& rec) {
     const double s = guardedRoot((k.vT - k.v0) * k.J + k.a0 * k.a0 / 2.0);
     const double rest = k.T - ((s - k.a0) / k.J + s / k.J);
     if (k.pT >= endPos(k, {{(s - k.a0) / k.J, k.J}, {s / k.J, -k.J}, {rest, 0.0}})) return true;
-    st.hldLinHi = s;
+    st.hints.hldLinHi = s;
     return false;
 }
 
@@ -177,7 +177,7 @@ bool node19(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
     const double x = (k.vT - k.vZ) * k.J;
     const double s = guardedRoot(x);
-    st.triPeakAcc = s;
+    st.hints.triPeakAcc = s;
     return k.tZ + twiceRoot(x) / k.J >= k.T;
 }
 
@@ -216,7 +216,7 @@ bool node21(PlannerState&, AxisPlan& rec) {
 // that fit in less than T also end here (node 37 has set the id); when they
 // need T or more the walk goes on to the root search.
 bool node24(PlannerState& st, AxisPlan& rec) {
-    if (rec.curAcc >= st.triPeakAcc) {
+    if (rec.curAcc >= st.hints.triPeakAcc) {
         setProfile(rec, PosTriZeroPosTri);
         return true;
     }
@@ -268,8 +268,8 @@ bool node30(PlannerState& st, AxisPlan& rec) {
                            {q / k.J, k.J},
                            {q / k.J, -k.J}})) {
         setProfile(rec, PosTrapZeroPosTri);
-        st.trapTriSeedSet = 1;
-        st.trapTriSeed = q;
+        st.hints.trapTriSeedSet = 1;
+        st.hints.trapTriSeed = q;
         return true;
     }
     return false;
@@ -289,8 +289,8 @@ bool node31(PlannerState& st, AxisPlan& rec) {
         return true;
     }
     setProfile(rec, PosTriZeroPosTrap);
-    st.triTrapSeedSet = 1;
-    st.triTrapSeed = q;
+    st.hints.triTrapSeedSet = 1;
+    st.hints.triTrapSeed = q;
     return false;
 }
 
@@ -382,8 +382,8 @@ bool node38(PlannerState& st, AxisPlan& rec) {
         if (k.pT >= P && r >= other) mode = kSeedRaisesLow;
         else if (k.pT < P && other >= r) mode = kSeedCapsHigh;
         if (mode != 0) {
-            st.triTriSeedMode = mode;
-            st.triTriSeed = r;
+            st.hints.triTriSeedMode = mode;
+            st.hints.triTriSeed = r;
             setProfile(rec, PosTriZeroPosTri);
             return false;
         }
@@ -406,11 +406,11 @@ bool node42(PlannerState& st, AxisPlan& rec) {
     const HoldDown h = holdDownShape(k);
     if (k.pT >= h.P) {
         setProfile(rec, PosTriHldNegLin);
-        st.hldLinLo = k.a0;
+        st.hints.hldLinLo = k.a0;
         return true;
     }
     setProfile(rec, NegLinHldPosTri);
-    st.negLinAcc = h.al;
+    st.hints.negLinAcc = h.al;
     return false;
 }
 
@@ -420,10 +420,10 @@ bool node43(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
     const HoldUp h = holdUpShape(k);
     if (k.pT >= h.P) {
-        st.hldLinLo = h.ap;
+        st.hints.hldLinLo = h.ap;
         return true;
     }
-    st.linHldHi = h.ap;
+    st.hints.linHldHi = h.ap;
     return false;
 }
 
@@ -437,11 +437,11 @@ bool node44(PlannerState& st, AxisPlan& rec) {
                            {hold, 0.0},
                            {al / k.J, -k.J}})) {
         setProfile(rec, PosTrapHldNegLin);
-        st.hldLinHi = al;
+        st.hints.hldLinHi = al;
         return true;
     }
     setProfile(rec, PosTriHldNegLin);
-    st.hldLinHi = k.A;
+    st.hints.hldLinHi = k.A;
     return false;
 }
 
@@ -461,7 +461,7 @@ bool node46(PlannerState& st, AxisPlan& rec) {
         const double half = (w - k.a0) / 2.0;
         const double ap = ((d - k.a0 * k.a0 / 2.0) / half - half) / 2.0;
         setProfile(rec, NegLinHldPosTri);
-        st.negLinAccSpare = ap;
+        st.hints.negLinAccSpare = ap;
         return true;
     }
     const double ap = (b + guardedRoot(x)) / 2.0;
@@ -471,11 +471,11 @@ bool node46(PlannerState& st, AxisPlan& rec) {
                                 {k.tA, -k.J}});
     if (k.pT < P) {
         setProfile(rec, NegLinHldPosTrap);
-        st.negLinAcc = ap;
+        st.hints.negLinAcc = ap;
         return false;
     }
     setProfile(rec, NegLinHldPosTri);
-    st.negLinAccSpare = ap;
+    st.hints.negLinAccSpare = ap;
     return true;
 }
 
@@ -492,7 +492,7 @@ bool node48(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
     if (k.pT >= holdThenTriEnd(k)) {
         setProfile(rec, PosLinHldPosTri);
-        st.linHldLo = k.a0;
+        st.hints.linHldLo = k.a0;
         return true;
     }
     return false;
@@ -513,7 +513,7 @@ bool node49(PlannerState& st, AxisPlan& rec) {
         return true;
     }
     setProfile(rec, NegLinHldPosTrap);
-    st.negLinAcc = k.a0;
+    st.hints.negLinAcc = k.a0;
     return false;
 }
 
@@ -530,12 +530,12 @@ bool node50(PlannerState& st, AxisPlan& rec) {
                            {(k.A - al) / k.J, k.J},
                            {k.tA, -k.J}})) {
         setProfile(rec, PosLinHldPosTri);
-        st.linHldLo = al;
+        st.hints.linHldLo = al;
         return true;
     }
     setProfile(rec, PosLinHldPosTrap);
-    st.linHldHi = al;
-    st.linHldLo = k.a0;
+    st.hints.linHldHi = al;
+    st.hints.linHldLo = k.a0;
     return false;
 }
 
@@ -594,7 +594,7 @@ bool node87(PlannerState&, AxisPlan& rec) {
 bool node88(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
     const double x = (k.vT - k.v0) * k.J - k.a0 * k.a0 / 2.0;
-    st.triPeakAcc = guardedRoot(x);
+    st.hints.triPeakAcc = guardedRoot(x);
     return (k.a0 + twiceRoot(x)) / k.J >= k.T;
 }
 
@@ -613,8 +613,8 @@ bool node89(PlannerState& st, AxisPlan& rec) {
                      (c - s) * (k.vT + v1) / (2.0 * k.J);
     if (P > k.pT) return true;
     setProfile(rec, PosTriZeroPosTri);
-    st.triTriSeedMode = kSeedRaisesLow;
-    st.triTriSeed = ap;
+    st.hints.triTriSeedMode = kSeedRaisesLow;
+    st.hints.triTriSeed = ap;
     return false;
 }
 
@@ -633,7 +633,7 @@ bool node90(PlannerState&, AxisPlan& rec) {
 
 // The present acceleration already reaches the Tri peak of node 88.
 bool node91(PlannerState& st, AxisPlan& rec) {
-    if (rec.curAcc >= st.triPeakAcc) {
+    if (rec.curAcc >= st.hints.triPeakAcc) {
         setProfile(rec, PosTriZeroPosTri);
         return true;
     }
@@ -646,10 +646,10 @@ bool node95(PlannerState& st, AxisPlan& rec) {
     const HoldUp h = holdUpShape(k);
     if (k.pT >= h.P) {
         setProfile(rec, PosTriHldNegLin);
-        st.hldLinLo = h.ap;
+        st.hints.hldLinLo = h.ap;
         return true;
     }
-    st.linHldHi = h.ap;
+    st.hints.linHldHi = h.ap;
     return false;
 }
 
@@ -658,11 +658,11 @@ bool node97(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
     if (k.pT >= holdThenTriEnd(k)) {
         setProfile(rec, PosLinHldPosTri);
-        st.linHldLo = k.a0;
+        st.hints.linHldLo = k.a0;
         return true;
     }
     setProfile(rec, NegLinHldPosTri);
-    st.negLinAcc = k.a0;
+    st.hints.negLinAcc = k.a0;
     return false;
 }
 
