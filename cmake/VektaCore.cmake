@@ -33,6 +33,8 @@ set(VEKTA_PLANNING_CORE_SOURCES
     src/step1/step1_dispatch.cpp
     src/step1/step1_root_solvers.cpp
     src/step1/step1_tree.cpp
+    src/step2/step2_falling_nodes.cpp
+    src/step2/step2_rising_nodes.cpp
     src/step2/step2_solvers.cpp
     src/step2/step2_tree.cpp)
 

@@ -247,25 +247,28 @@ TEST(BadInput, CountersStopBeforeTheyOverflow) {
     for (const int c : st.profileUseCount) EXPECT_EQ(c, INT_MAX);
 }
 
-// True when no successor path from `node` comes back to a node on it.
+// True when no successor path from `node` comes back to a node on it, and
+// every row on the way has a test to call.
 bool acyclicFrom(const DecisionTree& t, int node, std::vector<int>& state) {
     if (node == 0) return true;
-    if (node < 0 || node >= t.nodeCount || state[node] == 1) return false;
+    if (node < 0 || node >= t.rowCount || state[node] == 1) return false;
     if (state[node] == 2) return true;
+    const TreeRow& row = treeRow(t, node);
+    if (row.node == nullptr) return false;
     state[node] = 1;
-    const bool ok = acyclicFrom(t, t.successors[2 * node], state) && acyclicFrom(t, t.successors[2 * node + 1], state);
+    const bool ok = acyclicFrom(t, row.ifTrue, state) && acyclicFrom(t, row.ifFalse, state);
     state[node] = 2;
     return ok;
 }
 
 TEST(BadInput, TreeWalksVisitEveryNodeAtMostOnce) {
     // A NaN makes every comparison false and may steer a walk anywhere its
-    // successor table allows; with no cycle the walk ends within nodeCount
+    // rows allow; with no cycle the walk ends within rowCount
     // calls. With the root finder's 101 iterations and the sampler's
     // nSamples + 13 steps, every call is bounded.
     for (const DecisionTree* t : {&Step1Tree, &Step2Tree}) {
-        std::vector<int> state(static_cast<std::size_t>(t->nodeCount), 0);
-        for (int start = 1; start < t->nodeCount; ++start) EXPECT_TRUE(acyclicFrom(*t, start, state)) << start;
+        std::vector<int> state(static_cast<std::size_t>(t->rowCount), 0);
+        for (int start = 1; start < t->rowCount; ++start) EXPECT_TRUE(acyclicFrom(*t, start, state)) << start;
     }
 }
 

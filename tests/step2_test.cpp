@@ -146,7 +146,7 @@ TEST(Step2, TheTreePicksEveryScenariosShapeAndItsSolverSynchronisesIt) {
             EXPECT_NEAR(rec.secPos[1 + i], pts[i].p, 2e-3) << i;
         }
         // The one-shot seeds serve one solve only.
-        EXPECT_EQ(st->trapTriSeedSet + st->triTrapSeedSet + st->triTriSeedMode, 0);
+        EXPECT_EQ(st->hints.trapTriSeedSet + st->hints.triTrapSeedSet + st->hints.triTriSeedMode, 0);
 
         // The mirror image, as the planning pass hands it over: mirrored into
         // the working frame (inv = -1), solved there, stored negated.
@@ -204,7 +204,7 @@ TEST(Step2, GuardsPrintTheirLineInsteadOfSolving) {
         AxisPlan rec = makeAxis(0.0, c.v0, c.a0, 1.0, kV, kA, c.J);
         rec.remTime = c.T;
         auto st = freshState();
-        st->negLinAcc = c.a0;
+        st->hints.negLinAcc = c.a0;
         StdoutCapture out;
         EXPECT_FALSE(step2Solvers[c.solver](*st, rec));
         EXPECT_EQ(out.text(), c.text);
@@ -347,8 +347,9 @@ TEST(Step2, EveryLeafFromARepresentativeState) {
         if (rec.pointCount > 1) expectPhysicalCurve(rec);
         idSeen[c.id] = true;
         std::string unit = "hints";
-        for (const double h : {st->triPeakAcc, st->hldLinLo, st->hldLinHi, st->linHldLo, st->linHldHi, st->negLinAcc,
-                               st->negLinAccSpare, st->trapTriSeed, st->triTrapSeed, st->triTriSeed}) {
+        const Step2Hints& hn = st->hints;
+        for (const double h : {hn.triPeakAcc, hn.hldLinLo, hn.hldLinHi, hn.linHldLo, hn.linHldHi, hn.negLinAcc,
+                               hn.negLinAccSpare, hn.trapTriSeed, hn.triTrapSeed, hn.triTriSeed}) {
             unit += " " + bits(h);
         }
         StdoutCapture solverOut;

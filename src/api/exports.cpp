@@ -9,14 +9,29 @@ using vekta::defaultState;
 
 vekta::PlannerState vekta::processState;  // a record: one for both copies
 
+namespace {
+
+// samplePlan on the default planner, whose address the compiler knows: the
+// one-sample path a controller takes every period reads it without a pointer.
+[[gnu::noinline]] int sampleAnyDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count) {
+    return vekta::sampleAnyCall(defaultState(), axis, nSamples, pos, vel, acc, count);
+}
+
+int sampleDefault(int axis, int nSamples, double* pos, double* vel, double* acc, int& count) {
+    return vekta::sampleAxis(defaultState(), axis, nSamples, pos, vel, acc, count,
+                             [&] { return sampleAnyDefault(axis, nSamples, pos, vel, acc, count); });
+}
+
+}  // namespace
+
 int vektaPositionModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {
-    return vekta::samplePlan(defaultState(), axis, nSamples, pos, vel, acc, count);
+    return sampleDefault(axis, nSamples, pos, vel, acc, count);
 }
 
 int vektaVelocityModePerFreedom(int axis, int nSamples, double* pos, double* vel, double* acc,
                                 int& count) {
-    return vekta::samplePlan(defaultState(), axis, nSamples, pos, vel, acc, count);
+    return sampleDefault(axis, nSamples, pos, vel, acc, count);
 }
 
 double getLeftMoveTime() { return vekta::leftMoveTime(defaultState()); }

@@ -148,5 +148,21 @@ bool prologueNode8(PlannerState&, AxisPlan& rec) {
     return false;
 }
 
+// Nodes 1-3 mirror, clip and release in turn; a velocity beyond -V (node 3
+// or 4 false) goes to the tree's node 5, whose answer picks the recovery (6,
+// or 7 and 8) that ends at the snapshot, node 9. The step-1 position walk
+// leaves node 5 for node 9 directly.
+const TreeRow kPrologueRows[kPrologueRowCount] = {
+    kNoRow,                 // 0
+    {prologueNode1, 2, 2},  // 1
+    {prologueNode2, 3, 3},  // 2
+    {prologueNode3, 4, 5},  // 3
+    {prologueNode4, 9, 5},  // 4
+    kNoRow,                 // 5 each tree's own
+    {prologueNode6, 9, 9},  // 6
+    {prologueNode7, 8, 9},  // 7
+    {prologueNode8, 9, 9},  // 8
+};
+
 }  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -130,9 +130,9 @@ bool planStep1Velocity(PlannerState& st, AxisPlan& r, int axis) {
     r.velProfile = kNoVelProfile;
     resetCurve(r);
     walkStep1Velocity(st, Step1Tree, r);
-    if (Step1Tree.nodes[kStep1SnapshotNode](st, r)) {
+    if (treeRow(Step1Tree, kStep1SnapshotNode).node(st, r)) {
         // Rising: a trapezoid when the change is large enough to reach the limit.
-        const bool trapezoid = Step1Tree.nodes[kStep1TrapezoidNode](st, r);
+        const bool trapezoid = treeRow(Step1Tree, kStep1TrapezoidNode).node(st, r);
         r.velProfile = frameOffset(r.inv) + (trapezoid ? 0 : 2);
     } else {
         // Falling: bring the acceleration to zero, then mirror into a rise.
@@ -193,8 +193,8 @@ bool planStep2Velocity(PlannerState& st, AxisPlan& r, int axis,
     r.planTime = r.snapPlanTime;
     r.inv = r.snapInv;
     r.remTime = maxT - r.snapPlanTime;
-    if (Step2Tree.nodes[kStep2RisingNode](st, r)) {
-        const int holdDown = Step2Tree.nodes[kStep2HoldDownNode](st, r) ? 6 : 4;
+    if (treeRow(Step2Tree, kStep2RisingNode).node(st, r)) {
+        const int holdDown = treeRow(Step2Tree, kStep2HoldDownNode).node(st, r) ? 6 : 4;
         r.velProfile = holdDown + frameOffset(r.snapInv);
     } else {
         appendAccToZero(r);

@@ -22,18 +22,6 @@ namespace {
 // was never planned (pointCount 0).
 int lastIndex(const AxisPlan& rec) { return rec.pointCount > 0 ? rec.pointCount - 1 : 0; }
 
-// The time of period number `period` at the plan's period `step`.
-double periodTime(double step, int period) { return period * step; }
-
-// The period counter keeps running after the end of the curve; it stops one
-// below the largest int (after some 124 days of sampling one axis) so that
-// neither it nor the next period's number ever overflows.
-constexpr int kLastPeriod = INT_MAX - 1;
-
-void nextPeriod(int& period) {
-    if (period < kLastPeriod) period += 1;
-}
-
 void countPeriod(AxisPlan& r) { nextPeriod(r.sampleCount); }
 
 // Report every section of every planned axis whose end time lies more than the
@@ -154,8 +142,6 @@ void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double&
     pos = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
 }
 
-namespace {
-
 // samplePlan, every case.
 [[gnu::noinline]] int sampleAnyCall(PlannerState& st, int axis, int nSamples, double* pos,
                                     double* vel, double* acc, int& count) {
@@ -239,42 +225,6 @@ namespace {
     r.sampleSectionEnd = times[c];
     return true;
 }
-
-// The call a controller makes for every axis in every period: one sample,
-// inside the curve of a plan of several axes, no report due. It does what
-// sampleAnyCall does for it, from the record's copy of the current section
-// while the sample time stays inside it (within a section the cursor does
-// not move); anything else (and a sample past the curve's end) goes to
-// `other` (sampleAnyCall) before touching the state.
-template <typename OtherCall>
-[[gnu::always_inline]] inline int sampleAxis(PlannerState& st, int axis, int nSamples, double* pos,
-                                             double* vel, double* acc, int& count,
-                                             const OtherCall& other) {
-    if (nSamples != 1 || st.newPlan || st.planFailed || st.axisCount < 2 || axis < 0 ||
-        axis >= st.axisCount) {
-        return other();
-    }
-    AxisPlan& r = st.records[axis];
-    const double step = samplingPeriod(st);
-    const double t = periodTime(step, r.sampleCount + 1);
-    if (!(t <= r.sampleSectionEnd) && !enterSection(r, t)) return other();
-    int period = r.sampleCount;
-    nextPeriod(period);
-    const int finished = periodTime(step, period) >= r.secTime[r.pointCount - 1] ? 1 : 0;
-    r.sampleCount = period;
-    count = 1;
-
-    const double a0 = r.sampleA0, v0 = r.sampleV0, p0 = r.sampleP0, jerk = r.sampleJerk;
-    const double tau = t - r.sampleT0;
-    const double halfTau2 = tau * tau / 2.0;
-    acc[0] = a0 + jerk * tau;
-    vel[0] = v0 + a0 * tau + jerk * halfTau2;
-    pos[0] = p0 + v0 * tau + a0 * halfTau2 + jerk * (halfTau2 * tau / 3.0);
-    if (finished || axis == 0) return finishOneSample(st, r, axis, finished, pos);
-    return 0;
-}
-
-}  // namespace
 
 int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
                int& count) {

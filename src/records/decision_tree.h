@@ -1,5 +1,6 @@
-// The record of a decision tree: its node functions and their successors.
-// The walks over it are the tree engine's (engine/decision_tree.h).
+// The record of a decision tree: one row per node, the node's test together
+// with where each of its answers leads. The walks over it are the tree
+// engine's (engine/decision_tree.h).
 #ifndef VEKTA_RECORDS_DECISION_TREE_H
 #define VEKTA_RECORDS_DECISION_TREE_H
 
@@ -13,12 +14,23 @@ namespace vekta {
 // it, append a section, set a profile id) or leave hints in the planner state.
 using NodeFn = bool (*)(PlannerState& st, AxisPlan& rec);
 
-// nodes[n] is node n; successors[2n] follows a true result, successors[2n + 1]
-// a false one; 0 stops the walk. Node 0 is a placeholder.
+// One node: its test, the node that follows a true result and the one that
+// follows a false result; 0 stops the walk.
+struct TreeRow {
+    NodeFn node;
+    std::int16_t ifTrue;
+    std::int16_t ifFalse;
+};
+
+// The slot of a node a table does not hold: in a step's table the prologue
+// nodes the tree engine holds for both trees, in the engine's table node 5,
+// which each tree holds itself. No walk reads it.
+constexpr TreeRow kNoRow = {nullptr, 0, 0};
+
+// rows[n] is node n. Row 0 is a placeholder: no walk calls it.
 struct DecisionTree {
-    const NodeFn* nodes;
-    const std::int32_t* successors;
-    int nodeCount;
+    const TreeRow* rows;
+    int rowCount;
 };
 
 }  // namespace vekta

@@ -87,6 +87,44 @@ enum PlanMode : std::int8_t {
     kConveyorRefusedPlan,  // a catch-up that ends beyond the conveyor limit
 };
 
+// What the step-2 tree's nodes leave for the step-2 solvers: bounds and seeds
+// of their root searches (and one value for a later node of the same walk).
+// Planner-wide, not per axis: zero when the planner is made and never reset
+// as a whole, so a solver reads what the last walk that wrote the field left,
+// for this axis or another, in this plan or an earlier one; only the three
+// flags are cleared, by the solver that reads them.
+// Each field's line: the nodes that write it -> what reads it; its reset.
+// "42/96": node 96 repeats node 42's test. A solver is named by its profile
+// (an odd profile is its even partner's solver on the mirrored state).
+struct Step2Hints {
+    // Tri peak: nodes 19, 88 -> nodes 24, 91 (no solver); never reset.
+    double triPeakAcc;
+    // Nodes 42/96, 43, 95, 64/72 -> low bound of the PosTriHldNegLin solver; never reset.
+    double hldLinLo;
+    // Nodes 12, 44, 57, 73 -> high bound of the PosTrapHldNegLin and PosTriHldNegLin solvers; never reset.
+    double hldLinHi;
+    // Nodes 48, 50, 64/72, 74, 97 -> low bound of the PosLinHldPosTri and PosLinHldPosTrap solvers; never reset.
+    double linHldLo;
+    // Nodes 43, 50, 64/72, 74, 95 -> high bound of the PosLinHldPosTri and PosLinHldPosTrap solvers; never reset.
+    double linHldHi;
+    // Nodes 42/96, 46, 49, 97 -> high bound of the NegLinHldPosTrap and NegLinHldPosTri solvers; never reset.
+    double negLinAcc;
+    // Node 46 on its id-22 branches (negLinAcc keeps what it held) -> read by nothing; never reset.
+    double negLinAccSpare;
+    // Nodes 30/40, 56 -> the PosTrapZeroPosTri solver uses trapTriSeed while set; that solver clears it.
+    std::uint8_t trapTriSeedSet;
+    // Nodes 30/40, 56 -> low bound of the PosTrapZeroPosTri solver while trapTriSeedSet; never reset.
+    double trapTriSeed;
+    // Nodes 31, 59 -> the PosTriZeroPosTrap solver uses triTrapSeed while set; that solver clears it.
+    std::uint8_t triTrapSeedSet;
+    // Nodes 31, 59 -> high bound of the PosTriZeroPosTrap solver while triTrapSeedSet; never reset.
+    double triTrapSeed;
+    // Nodes 38/93, 63/71, 89 (also through 26) -> PosTriZeroPosTri solver, which clears it (see triTriSeed).
+    std::uint8_t triTriSeedMode;
+    // Same nodes -> PosTriZeroPosTri solver: mode 1 its low bound, other non-zero modes its high; never reset.
+    double triTriSeed;
+};
+
 // Why the last update failed, for the reason in words.
 enum UpdateFailure : std::int8_t {
     kNoFailure = 0,
@@ -108,20 +146,7 @@ struct PlannerState {
     int nodeVisitCount[kNodeVisitSlots];     // step-2 node n counts at n - 1
     int profileUseCount[kStep2ProfileCount];  // per step-2 profile name
 
-    // Step-2 solver hints, planner-wide (not per axis) and never reset.
-    double triPeakAcc;
-    double hldLinLo;
-    double hldLinHi;
-    double linHldLo;
-    double linHldHi;
-    double negLinAcc;
-    double negLinAccSpare;
-    std::uint8_t trapTriSeedSet;
-    double trapTriSeed;
-    std::uint8_t triTrapSeedSet;
-    double triTrapSeed;
-    std::uint8_t triTriSeedMode;  // 0 none, 1 raises the lower bound, other values cap the upper
-    double triTriSeed;
+    Step2Hints hints;  // left by step-2 nodes for the step-2 solvers, planner-wide
 
     bool traceOn;
     bool noStopPending;   // sampler memory for the "no-stop" warning
@@ -148,8 +173,7 @@ struct PlannerState {
     std::int8_t failure;
     std::int8_t failedAxis;
     std::int8_t failedStep;
-    // The reason of the last failed call of the library's own API, terminated;
-    // empty after a success.
+    // The reason of the last failed call, terminated; empty after a success.
     char error[kErrorCapacity];
 };
 

@@ -12,10 +12,12 @@
 //
 // Nodes 1-8 prepare the state first: a non-negative acceleration (mirroring,
 // inv = -1), an acceleration not above A, and a velocity not beyond -V after
-// the over-speed pulse of node 5. Node 9 takes the snapshot from which the
-// step-1 solver and a later synchronised re-plan both start. Some position
-// nodes release the acceleration (appendAccToZero) on their false branch, so
-// that the nodes after them look at a state with zero acceleration.
+// the over-speed pulse of node 5. The tree engine holds that prologue for
+// both trees; node 5 alone is this tree's own. Node 9 takes the snapshot from
+// which the step-1 solver and a later synchronised re-plan both start. Some
+// position nodes release the acceleration (appendAccToZero) on their false
+// branch, so that the nodes after them look at a state with zero
+// acceleration.
 #include "step1/step1_tree.h"
 
 #include <cstdio>
@@ -25,7 +27,6 @@
 #include "numeric/numerics.h"
 #include "output/text_output.h"
 #include "step1/step1_solvers.h"
-#include "engine/prologue_nodes.h"
 
 namespace vekta {
 inline namespace VEKTA_COPY {
@@ -490,119 +491,63 @@ bool node53(PlannerState&, AxisPlan& r) {
     return false;
 }
 
-const NodeFn kStep1Nodes[kStep1TreeNodeCount] = {
-    node0,           // 0  filler
-    prologueNode1,   // 1
-    prologueNode2,   // 2
-    prologueNode3,   // 3
-    prologueNode4,   // 4
-    node5,           // 5
-    prologueNode6,   // 6
-    prologueNode7,   // 7
-    prologueNode8,   // 8
-    node9,           // 9
-    node10,          // 10
-    node11,          // 11
-    node12,          // 12
-    node13,          // 13
-    node14,          // 14
-    node15,          // 15
-    node16,          // 16
-    node17,          // 17
-    node18,          // 18
-    node19,          // 19
-    node20,          // 20
-    node21,          // 21
-    node22,          // 22
-    node23,          // 23
-    node24,          // 24
-    node25,          // 25
-    node26,          // 26
-    node27,          // 27
-    node25,          // 28 the test of node 25
-    node29,          // 29
-    node30,          // 30
-    node31,          // 31
-    node32,          // 32
-    node33,          // 33
-    node34,          // 34
-    node35,          // 35
-    node36,          // 36
-    node30,          // 37 the test of node 30
-    node38,          // 38
-    node39,          // 39
-    node12,          // 40 the test of node 12
-    node38,          // 41 the test of node 38
-    node42,          // 42
-    node18,          // 43 the test of node 18
-    node44,          // 44 the test of node 25
-    node26,          // 45 the test of node 26
-    node46,          // 46
-    node47,          // 47
-    node48,          // 48
-    node30,          // 49 the test of node 30
-    node50,          // 50
-    node51,          // 51
-    node52,          // 52
-    node53,          // 53
-};
-
-// Successor if true, successor if false; 0 stops the walk.
-const std::int32_t kStep1Successors[2 * kStep1TreeNodeCount] = {
-    0,  0,   // 0
-    2,  2,   // 1
-    3,  3,   // 2
-    4,  5,   // 3
-    9,  5,   // 4
-    6,  7,   // 5
-    9,  9,   // 6
-    8,  9,   // 7
-    9,  9,   // 8
-    10, 34,  // 9
-    11, 29,  // 10
-    12, 16,  // 11
-    13, 14,  // 12
-    0,  0,   // 13
-    15, 0,   // 14
-    0,  0,   // 15
-    17, 22,  // 16
-    0,  18,  // 17
-    19, 31,  // 18
-    20, 0,   // 19
-    0,  0,   // 20
-    12, 0,   // 21
-    23, 24,  // 22
-    0,  0,   // 23
-    25, 26,  // 24
-    19, 0,   // 25
-    27, 28,  // 26
-    0,  0,   // 27
-    31, 0,   // 28
-    30, 33,  // 29
-    21, 32,  // 30
-    0,  0,   // 31
-    0,  0,   // 32
-    0,  24,  // 33
-    35, 48,  // 34
-    36, 43,  // 35
-    30, 37,  // 36
-    38, 40,  // 37
-    39, 0,   // 38
-    15, 0,   // 39
-    32, 41,  // 40
-    42, 0,   // 41
-    0,  0,   // 42
-    44, 27,  // 43
-    45, 0,   // 44
-    46, 47,  // 45
-    0,  0,   // 46
-    20, 0,   // 47
-    49, 45,  // 48
-    39, 42,  // 49
-    51, 30,  // 50
-    30, 0,   // 51
-    33, 53,  // 52
-    0,  33,  // 53
+// Node n at row n: its test, then the node after a true and after a false
+// result (0 stops the walk). A node that repeats another one shares its test.
+const TreeRow kStep1Rows[kStep1TreeNodeCount] = {
+    {node0, 0, 0},            // 0  filler
+    kNoRow,                   // 1 prologue, the tree engine's row
+    kNoRow,                   // 2 prologue, the tree engine's row
+    kNoRow,                   // 3 prologue, the tree engine's row
+    kNoRow,                   // 4 prologue, the tree engine's row
+    {node5, 6, 7},            // 5
+    kNoRow,                   // 6 prologue, the tree engine's row
+    kNoRow,                   // 7 prologue, the tree engine's row
+    kNoRow,                   // 8 prologue, the tree engine's row
+    {node9, 10, 34},          // 9
+    {node10, 11, 29},         // 10
+    {node11, 12, 16},         // 11
+    {node12, 13, 14},         // 12
+    {node13, 0, 0},           // 13
+    {node14, 15, 0},          // 14
+    {node15, 0, 0},           // 15
+    {node16, 17, 22},         // 16
+    {node17, 0, 18},          // 17
+    {node18, 19, 31},         // 18
+    {node19, 20, 0},          // 19
+    {node20, 0, 0},           // 20
+    {node21, 12, 0},          // 21
+    {node22, 23, 24},         // 22
+    {node23, 0, 0},           // 23
+    {node24, 25, 26},         // 24
+    {node25, 19, 0},          // 25
+    {node26, 27, 28},         // 26
+    {node27, 0, 0},           // 27
+    {node25, 31, 0},          // 28 the test of node 25
+    {node29, 30, 33},         // 29
+    {node30, 21, 32},         // 30
+    {node31, 0, 0},           // 31
+    {node32, 0, 0},           // 32
+    {node33, 0, 24},          // 33
+    {node34, 35, 48},         // 34
+    {node35, 36, 43},         // 35
+    {node36, 30, 37},         // 36
+    {node30, 38, 40},         // 37 the test of node 30
+    {node38, 39, 0},          // 38
+    {node39, 15, 0},          // 39
+    {node12, 32, 41},         // 40 the test of node 12
+    {node38, 42, 0},          // 41 the test of node 38
+    {node42, 0, 0},           // 42
+    {node18, 44, 27},         // 43 the test of node 18
+    {node44, 45, 0},          // 44 the test of node 25
+    {node26, 46, 47},         // 45 the test of node 26
+    {node46, 0, 0},           // 46
+    {node47, 20, 0},          // 47
+    {node48, 49, 45},         // 48
+    {node30, 39, 42},         // 49 the test of node 30
+    {node50, 51, 30},         // 50
+    {node51, 30, 0},          // 51
+    {node52, 33, 53},         // 52
+    {node53, 0, 33},          // 53
 };
 
 }  // namespace
@@ -629,7 +574,7 @@ bool overspeedPulse(PlannerState&, AxisPlan& rec) {
     return true;
 }
 
-const DecisionTree Step1Tree = {kStep1Nodes, kStep1Successors, kStep1TreeNodeCount};
+const DecisionTree Step1Tree = {kStep1Rows, kStep1TreeNodeCount};
 
 }  // namespace VEKTA_COPY
 }  // namespace vekta

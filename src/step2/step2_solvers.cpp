@@ -570,10 +570,10 @@ bool solveStep2PosTrapZeroPosTri(PlannerState& st, AxisPlan& rec) {
     const double v0 = rec.curVel, a0 = rec.curAcc, vt = rec.tgtVel;
     const double V = rec.maxVel, A = rec.maxAcc, J = rec.maxJerk;
     double lo = std::max({-V, vt - A * A / J, v0 + (A * A - a0 * a0 / 2.0) / J});
-    if (st.trapTriSeedSet) {
+    if (st.hints.trapTriSeedSet) {
         // The tree's no-cruise peak bounds the second pulse's peak.
-        st.trapTriSeedSet = 0;
-        lo = std::max(lo, vt - st.trapTriSeed * st.trapTriSeed / J);
+        st.hints.trapTriSeedSet = 0;
+        lo = std::max(lo, vt - st.hints.trapTriSeed * st.hints.trapTriSeed / J);
     }
     const double hi = std::min(V, vt);
     return solveZeroShape<Pulse::Trap, 1, Pulse::Tri>(rec, lo, hi, "step2_PTZPt error!");
@@ -586,12 +586,12 @@ bool solveStep2PosTriZeroPosTri(PlannerState& st, AxisPlan& rec) {
     double hi = std::min(A, guardedRoot((vt - v0) * J + a0 * a0 / 2.0));
     // The tree's choice between the two branches of solutions: the larger
     // first peak (mode 1) or the smaller one.
-    if (st.triTriSeedMode == 1) {
-        lo = std::max(lo, st.triTriSeed);
-    } else if (st.triTriSeedMode != 0) {
-        hi = std::min(hi, st.triTriSeed);
+    if (st.hints.triTriSeedMode == 1) {
+        lo = std::max(lo, st.hints.triTriSeed);
+    } else if (st.hints.triTriSeedMode != 0) {
+        hi = std::min(hi, st.hints.triTriSeed);
     }
-    st.triTriSeedMode = 0;
+    st.hints.triTriSeedMode = 0;
     return solveZeroShape<Pulse::Tri, 1, Pulse::Tri>(rec, lo, hi, "step2_PtZPt error!");
 }
 
@@ -601,9 +601,9 @@ bool solveStep2PosTriZeroPosTrap(PlannerState& st, AxisPlan& rec) {
     const double s = guardedRoot((vt - v0) * J + a0 * a0 / 2.0 - A * A);
     const double lo = a0;
     double hi = std::min(A, s);
-    if (st.triTrapSeedSet) {
-        st.triTrapSeedSet = 0;
-        hi = std::min(hi, st.triTrapSeed);
+    if (st.hints.triTrapSeedSet) {
+        st.hints.triTrapSeedSet = 0;
+        hi = std::min(hi, st.hints.triTrapSeed);
     }
     return solveZeroShape<Pulse::Tri, 1, Pulse::Trap>(rec, lo, hi, "step2_PtZPT error!");
 }
@@ -625,13 +625,13 @@ bool solveStep2PosTrapZeroPosTrap(PlannerState&, AxisPlan& rec) {
 
 bool solveStep2PosTrapHldNegLin(PlannerState& st, AxisPlan& rec) {
     const double lo = 0.0;
-    const double hi = std::min(rec.maxAcc, st.hldLinHi);
+    const double hi = std::min(rec.maxAcc, st.hints.hldLinHi);
     return solveAndWrite(rec, residualPosTrapHldNegLin, lo, hi, "step2_PTHNL error!");
 }
 
 bool solveStep2PosTriHldNegLin(PlannerState& st, AxisPlan& rec) {
-    const double lo = std::max(rec.curAcc, st.hldLinLo);
-    const double hi = std::min(rec.maxAcc, st.hldLinHi);
+    const double lo = std::max(rec.curAcc, st.hints.hldLinLo);
+    const double hi = std::min(rec.maxAcc, st.hints.hldLinHi);
     return solveAndWrite(rec, residualPosTriHldNegLin, lo, hi, "step2_PtHNL error!");
 }
 
@@ -645,7 +645,7 @@ bool solveStep2NegLinHldPosTrap(PlannerState& st, AxisPlan& rec) {
         return false;
     }
     const double lo = std::max(0.0, A - guardedRoot(D));
-    const double hi = std::min(a0, st.negLinAcc);
+    const double hi = std::min(a0, st.hints.negLinAcc);
     return solveAndWrite(rec, residualNegLinHldPosTrap, lo, hi, "step2_NLHPT error!");
 }
 
@@ -660,19 +660,19 @@ bool solveStep2NegLinHldPosTri(PlannerState& st, AxisPlan& rec) {
     }
     // The hold is non-negative while the rise above x is at most u / 2.
     const double lo = std::max(0.0, ((vt - v0) * J - a0 * a0 / 2.0) / u - u / 4.0);
-    const double hi = std::min(a0, st.negLinAcc);
+    const double hi = std::min(a0, st.hints.negLinAcc);
     return solveAndWrite(rec, residualNegLinHldPosTri, lo, hi, "step2_NLHPt error!");
 }
 
 bool solveStep2PosLinHldPosTri(PlannerState& st, AxisPlan& rec) {
-    const double lo = std::max(rec.curAcc, st.linHldLo);
-    const double hi = std::min(rec.maxAcc, st.linHldHi);
+    const double lo = std::max(rec.curAcc, st.hints.linHldLo);
+    const double hi = std::min(rec.maxAcc, st.hints.linHldHi);
     return solveAndWrite(rec, residualPosLinHldPosTri, lo, hi, "step2_PLHPt error!");
 }
 
 bool solveStep2PosLinHldPosTrap(PlannerState& st, AxisPlan& rec) {
-    const double lo = std::max(rec.curAcc, st.linHldLo);
-    const double hi = std::min(rec.maxAcc, st.linHldHi);
+    const double lo = std::max(rec.curAcc, st.hints.linHldLo);
+    const double hi = std::min(rec.maxAcc, st.hints.linHldHi);
     return solveAndWrite(rec, residualPosLinHldPosTrap, lo, hi, "step2_PLHPT error!");
 }
 

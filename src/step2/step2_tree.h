@@ -12,7 +12,7 @@ inline namespace VEKTA_COPY {
 
 constexpr int kStep2NodeCount = 98;
 
-// Nodes 0..97 and their successor pairs; walked from node 9 by walkStep2.
+// Rows 0..97, one per node; walked from node 9 by walkStep2.
 // Sets step2Profile (0..27, or 28 for no fitting profile), the step-2 hints of
 // the planner state, and on some branches appends a ramp of the acceleration
 // to zero before the walk goes on.
