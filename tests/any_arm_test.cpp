@@ -1,0 +1,331 @@
+// The library's own calls on arms of any size: Move, Stop and CatchUp of 1 to
+// 16 axes with a jerk limit per axis, at any period, checked argument by
+// argument, with reasons in words; the plan read back with Duration,
+// MinimumTime, StateAt and Next. Every planned curve is integrated section by
+// section (the physical check).
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/test_support.h"
+#include "vekta/vekta_c.h"
+
+namespace vekta::test {
+namespace {
+
+// A planner in the test's own memory, whose state the test may read.
+struct Planner {
+    alignas(std::max_align_t) unsigned char mem[1 << 16];
+    VektaPlanner* p = nullptr;
+    Planner() {
+        EXPECT_LE(vektaPlannerSize(), sizeof mem);
+        p = vektaPlannerInit(mem);
+    }
+    const PlannerState& state() const { return *reinterpret_cast<const PlannerState*>(mem); }
+};
+
+// One arm's motion: start state, target, limits (jerk not a multiple of acc).
+struct Arm {
+    int axes;
+    std::vector<double> target, maxVel, maxAcc, maxJerk, pos, vel, acc;
+};
+
+Arm drawArm(int axes, std::uint64_t seed, bool moving) {
+    std::mt19937_64 rng(seed);
+    auto u = [&](double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); };
+    Arm a{axes, {}, {}, {}, {}, {}, {}, {}};
+    for (int i = 0; i < axes; ++i) {
+        a.maxVel.push_back(u(0.5, 3.0));
+        a.maxAcc.push_back(u(1.0, 8.0));
+        a.maxJerk.push_back(a.maxAcc[i] * u(3.0, 40.0));
+        a.pos.push_back(u(-2.0, 2.0));
+        a.target.push_back(u(-2.0, 2.0));
+        a.vel.push_back(moving ? u(-0.5, 0.5) * a.maxVel[i] : 0.0);
+        a.acc.push_back(moving ? u(-0.3, 0.3) * a.maxAcc[i] : 0.0);
+    }
+    return a;
+}
+
+int move(VektaPlanner* p, const Arm& a) {
+    return vektaPlannerMove(p, a.axes, a.target.data(), a.maxVel.data(), a.maxAcc.data(), a.maxJerk.data(),
+                            a.pos.data(), a.vel.data(), a.acc.data());
+}
+
+// The step-2 roots are found to 1e-5 of the end position, and the last point
+// is pinned on the target: a section may miss its end by that much.
+constexpr CurveTolerance kRootTolerance{1e-5, 1e-9};
+
+bool sameBits(double x, double y) { return std::memcmp(&x, &y, sizeof x) == 0; }
+
+// No plan: every reader says so.
+void expectNoPlan(VektaPlanner* p) {
+    double x[VEKTA_MAX_AXES], y[VEKTA_MAX_AXES], z[VEKTA_MAX_AXES];
+    EXPECT_EQ(vektaPlannerDuration(p), 0.0);
+    EXPECT_EQ(vektaPlannerAxes(p), 0);
+    EXPECT_EQ(vektaPlannerMinimumTime(p, 0), -1.0);
+    EXPECT_EQ(vektaPlannerStateAt(p, 0.0, x, y, z), -1);
+    EXPECT_EQ(vektaPlannerNext(p, x, y, z), -1);
+}
+
+// Arms of 1, 2, 7 and 16 axes, from rest and moving, at periods from 0.1 ms
+// to 1 s: every curve physical and on its target at the common end time, one
+// axis setting it; Next at (k + 1) x period as the per-axis sampling gives it,
+// StateAt bit for bit the same, the start state at 0 and the end state after.
+TEST(AnyArm, EveryArmAndPeriodPlansPhysicalCurvesSampledAlikeByNextStateAtAndSample) {
+    const double periods[] = {1e-4, 1e-3, 2e-3, 5e-3, 0.1, 1.0};
+    int motion = 0;
+    for (int axes : {1, 2, 7, 16}) {
+        for (double period : periods) {
+            SCOPED_TRACE("axes " + std::to_string(axes) + " period " + std::to_string(period));
+            const Arm a = drawArm(axes, 1000 + motion, motion % 2 == 1);
+            ++motion;
+            Planner next, sample;
+            for (VektaPlanner* p : {next.p, sample.p}) {
+                ASSERT_EQ(vektaPlannerSetPeriod(p, period), VEKTA_OK);
+                ASSERT_EQ(move(p, a), VEKTA_OK) << vektaPlannerError(p);
+            }
+            EXPECT_STREQ(vektaPlannerError(next.p), "");
+            EXPECT_EQ(vektaPlannerAxes(next.p), axes);
+            EXPECT_EQ(vektaPlannerPeriod(next.p), period);
+            const double end = vektaPlannerDuration(next.p);
+            bool someAxisSetsTheEnd = false;
+            for (int i = 0; i < axes; ++i) {
+                const AxisPlan& r = next.state().records[i];
+                expectPhysicalCurve(r, true, kRootTolerance);
+                expectEndsAt(r, end, a.target[i], 0.0, 1e-5);
+                const double alone = vektaPlannerMinimumTime(next.p, i);
+                EXPECT_LE(alone, end);
+                someAxisSetsTheEnd |= alone == end;
+            }
+            EXPECT_TRUE(someAxisSetsTheEnd);
+
+            double p[VEKTA_MAX_AXES], v[VEKTA_MAX_AXES], acc[VEKTA_MAX_AXES];
+            double sp[VEKTA_MAX_AXES], sv[VEKTA_MAX_AXES], sa[VEKTA_MAX_AXES];
+            ASSERT_EQ(vektaPlannerStateAt(next.p, 0.0, p, v, acc), 0);
+            for (int i = 0; i < axes; ++i) EXPECT_TRUE(sameBits(p[i], a.pos[i]) && sameBits(v[i], a.vel[i]));
+            int k = 0, result = 0;
+            for (; result == 0 && k < 100000; ++k) {
+                result = vektaPlannerNext(next.p, p, v, acc);
+                ASSERT_EQ(vektaPlannerStateAt(next.p, (k + 1) * period, sp, sv, sa), 0);
+                int finished = 1, count = 0;
+                for (int i = 0; i < axes; ++i) {
+                    ASSERT_TRUE(sameBits(p[i], sp[i]) && sameBits(v[i], sv[i]) && sameBits(acc[i], sa[i]))
+                        << "period " << k << " axis " << i;
+                    double q[3];
+                    finished &= vektaPlannerSample(sample.p, i, 1, &q[0], &q[1], &q[2], &count);
+                    ASSERT_TRUE(sameBits(p[i], q[0]) && sameBits(v[i], q[1]) && sameBits(acc[i], q[2]));
+                }
+                ASSERT_EQ(result, finished);
+            }
+            EXPECT_EQ(result, 1);
+            EXPECT_GE(k * period, end);
+            EXPECT_LT((k - 1) * period, end);
+            ASSERT_EQ(vektaPlannerStateAt(next.p, end + 1.0, p, v, acc), 0);
+            for (int i = 0; i < axes; ++i) EXPECT_TRUE(p[i] == a.target[i] && v[i] == 0.0 && acc[i] == 0.0);
+        }
+    }
+}
+
+// Six axes with maxJerk = maxAcc x ratio, at 5 ms: Move is the handle form's
+// position update with recovery on, bit for bit, refusals included; Stop the
+// velocity update's.
+TEST(AnyArm, SixAxesWithTheRatioAsJerkPlanExactlyAsTheHandleFormsInRecoveryMode) {
+    int refused = 0;
+    for (int m = 0; m < 200; ++m) {
+        Arm a = drawArm(6, 5000 + m, true);
+        const double ratio = 2.0 + m % 17;
+        for (int i = 0; i < 6; ++i) {
+            a.maxJerk[i] = a.maxAcc[i] * ratio;
+            if (m % 4 == 0) a.vel[i] *= 4.0;  // beyond the velocity limit: the repairs at work
+        }
+        Planner own, handle;
+        vektaPlannerSetRecovery(handle.p, 1);
+        for (int stop = 0; stop < 2; ++stop) {
+            const int status =
+                stop ? vektaPlannerStop(own.p, 6, a.maxVel.data(), a.maxAcc.data(), a.maxJerk.data(), a.pos.data(),
+                                        a.vel.data(), a.acc.data())
+                     : move(own.p, a);
+            const int ok = stop ? vektaPlannerVelocityUpdate(handle.p, 6, a.maxVel.data(), a.maxAcc.data(), ratio,
+                                                             a.pos.data(), a.vel.data(), a.acc.data())
+                                : vektaPlannerPositionUpdate(handle.p, 6, a.target.data(), a.maxVel.data(),
+                                                             a.maxAcc.data(), ratio, a.pos.data(), a.vel.data(),
+                                                             a.acc.data());
+            ASSERT_EQ(status == VEKTA_OK, ok == 1) << "motion " << m << ": " << vektaPlannerError(own.p);
+            refused += ok ? 0 : 1;
+            for (int i = 0; ok && i < 6; ++i) {
+                const AxisPlan& x = own.state().records[i];
+                const AxisPlan& y = handle.state().records[i];
+                ASSERT_EQ(x.pointCount, y.pointCount);
+                const std::size_t bytes = sizeof(double) * static_cast<std::size_t>(x.pointCount);
+                ASSERT_TRUE(std::memcmp(x.secTime, y.secTime, bytes) == 0 && std::memcmp(x.secPos, y.secPos, bytes) == 0 &&
+                            std::memcmp(x.secVel, y.secVel, bytes) == 0 && std::memcmp(x.secAcc, y.secAcc, bytes) == 0)
+                    << "motion " << m << " axis " << i;
+            }
+        }
+    }
+    EXPECT_LT(refused, 10);
+}
+
+// Every argument spoiled in every way: refused before planning with a reason
+// naming the axis and the argument, and no plan left, not even the last one.
+TEST(AnyArm, EverySpoiledArgumentIsRefusedWithItsReasonAndLeavesNoPlan) {
+    const Arm good = drawArm(3, 7, true);
+    const double nan = std::nan(""), inf = HUGE_VAL;
+    struct Row {
+        const char* arg;
+        double value;  // at axis 2; NaN in `null` rows means a NULL array
+        bool null;
+        const char* reason;
+    };
+    const Row rows[] = {
+        {"target", nan, false, "axis 2: target is nan, it must be a finite number"},
+        {"target", -inf, false, "axis 2: target is -inf, it must be a finite number"},
+        {"target", 0, true, "target is NULL, it must point to one value per axis"},
+        {"maxVel", -1.0, false, "axis 2: maxVel is -1, it must be a positive finite number"},
+        {"maxVel", 0.0, false, "axis 2: maxVel is 0, it must be a positive finite number"},
+        {"maxVel", 0, true, "maxVel is NULL, it must point to one value per axis"},
+        {"maxAcc", inf, false, "axis 2: maxAcc is inf, it must be a positive finite number"},
+        {"maxAcc", -0.0, false, "axis 2: maxAcc is -0, it must be a positive finite number"},
+        {"maxAcc", 0, true, "maxAcc is NULL, it must point to one value per axis"},
+        {"maxJerk", -1.0, false, "axis 2: maxJerk is -1, it must be a positive finite number"},
+        {"maxJerk", nan, false, "axis 2: maxJerk is nan, it must be a positive finite number"},
+        {"maxJerk", 0, true, "maxJerk is NULL, it must point to one value per axis"},
+        {"pos", inf, false, "axis 2: pos is inf, it must be a finite number"},
+        {"pos", 0, true, "pos is NULL, it must point to one value per axis"},
+        {"vel", nan, false, "axis 2: vel is nan, it must be a finite number"},
+        {"acc", -inf, false, "axis 2: acc is -inf, it must be a finite number"},
+    };
+    for (const Row& row : rows) {
+        for (int call = 0; call < 3; ++call) {  // Move, Stop, CatchUp
+            const std::string arg = row.arg;
+            const bool read = call == 0 || (call == 1 && arg != "target") || (call == 2 && (arg == "target" || arg.rfind("max", 0) == 0));
+            if (!read) continue;
+            SCOPED_TRACE(arg + " in call " + std::to_string(call));
+            Arm a = good;
+            std::vector<double>* field = arg == "target" ? &a.target : arg == "maxVel" ? &a.maxVel
+                                       : arg == "maxAcc" ? &a.maxAcc : arg == "maxJerk" ? &a.maxJerk
+                                       : arg == "pos" ? &a.pos : arg == "vel" ? &a.vel : &a.acc;
+            (*field)[2] = row.value;
+            auto data = [&](std::vector<double>& v) { return row.null && &v == field ? nullptr : v.data(); };
+            Planner pl;
+            ASSERT_EQ(move(pl.p, good), VEKTA_OK);
+            const int status =
+                call == 0 ? vektaPlannerMove(pl.p, 3, data(a.target), data(a.maxVel), data(a.maxAcc), data(a.maxJerk),
+                                             data(a.pos), data(a.vel), data(a.acc))
+                : call == 1 ? vektaPlannerStop(pl.p, 3, data(a.maxVel), data(a.maxAcc), data(a.maxJerk), data(a.pos),
+                                               data(a.vel), data(a.acc))
+                            : vektaPlannerCatchUp(pl.p, 3, 0.2, 10.0, data(a.target), data(a.maxVel), data(a.maxAcc),
+                                                  data(a.maxJerk));
+            EXPECT_EQ(status, VEKTA_INVALID_ARGUMENT);
+            EXPECT_STREQ(vektaPlannerError(pl.p), row.reason);
+            expectNoPlan(pl.p);
+        }
+    }
+    // Axis counts, the conveyor's numbers, periods; NULL vel and acc are zero.
+    Planner pl;
+    for (int axes : {0, -1, 17, 1 << 30}) {
+        EXPECT_EQ(vektaPlannerMove(pl.p, axes, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
+                                   good.maxJerk.data(), good.pos.data(), nullptr, nullptr),
+                  VEKTA_INVALID_ARGUMENT);
+        EXPECT_EQ(vektaPlannerError(pl.p), "axes is " + std::to_string(axes) + ", it must be from 1 to 16");
+    }
+    EXPECT_EQ(vektaPlannerCatchUp(pl.p, 3, nan, 1.0, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
+                                  good.maxJerk.data()),
+              VEKTA_INVALID_ARGUMENT);
+    EXPECT_STREQ(vektaPlannerError(pl.p), "conveyorVel is nan, it must be a finite number");
+    ASSERT_EQ(vektaPlannerMove(pl.p, 3, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
+                               good.maxJerk.data(), good.pos.data(), nullptr, nullptr),
+              VEKTA_OK);
+    double p[3], v[3], acc[3];
+    ASSERT_EQ(vektaPlannerStateAt(pl.p, -1.0, p, v, acc), 0);
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(p[i] == good.pos[i] && v[i] == 0.0 && acc[i] == 0.0);
+    EXPECT_EQ(vektaPlannerStateAt(pl.p, nan, p, v, acc), -1);
+    EXPECT_EQ(vektaPlannerStateAt(pl.p, 0.0, p, nullptr, acc), -1);
+    EXPECT_EQ(vektaPlannerNext(pl.p, nullptr, v, acc), -1);
+    EXPECT_EQ(vektaPlannerMinimumTime(pl.p, 3), -1.0);
+    for (double period : {0.0, -0.005, nan, inf, 1e-9, 9.9e-5, 1.0000001, 1e9}) {
+        EXPECT_EQ(vektaPlannerSetPeriod(pl.p, period), VEKTA_INVALID_ARGUMENT);
+        EXPECT_EQ(vektaPlannerPeriod(pl.p), 0.005);
+    }
+    EXPECT_STREQ(vektaPlannerError(pl.p), "period is 1e+09 s, it must be from 0.0001 to 1 s");
+    expectNoPlan(pl.p);
+}
+
+// The conveyor catch-up: within reach it ends on axis 0 moving with the
+// conveyor; out of reach it is refused in words and leaves no plan.
+TEST(AnyArm, CatchUpEndsWithTheConveyorOrSaysWhyNot) {
+    const Arm a = drawArm(7, 11, false);
+    Planner pl;
+    ASSERT_EQ(vektaPlannerCatchUp(pl.p, 7, 0.3, 100.0, a.target.data(), a.maxVel.data(), a.maxAcc.data(),
+                                  a.maxJerk.data()),
+              VEKTA_OK);
+    const double end = vektaPlannerDuration(pl.p);
+    double p[7], v[7], acc[7];
+    ASSERT_EQ(vektaPlannerStateAt(pl.p, end + 0.5, p, v, acc), 0);
+    EXPECT_EQ(v[0], 0.3);
+    EXPECT_NEAR(p[0], a.target[0] + 0.3 * end, 1e-5);
+    EXPECT_EQ(vektaPlannerCatchUp(pl.p, 7, 0.3, a.target[0] + 0.01, a.target.data(), a.maxVel.data(),
+                                  a.maxAcc.data(), a.maxJerk.data()),
+              VEKTA_CONVEYOR_OUT_OF_REACH);
+    EXPECT_EQ(std::string(vektaPlannerError(pl.p)).rfind("conveyor: the catch-up takes ", 0), 0u)
+        << vektaPlannerError(pl.p);
+    expectNoPlan(pl.p);
+}
+
+// NULL planners everywhere, a planner in the caller's memory destroyed, and a
+// new planner silent until its output is switched on.
+TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
+    double x[1] = {}, y[1] = {}, z[1] = {};
+    char message[8] = "x";
+    int count = 0;
+    EXPECT_EQ(vektaPlannerMove(nullptr, 1, x, x, x, x, x, x, x), VEKTA_INVALID_ARGUMENT);
+    EXPECT_EQ(vektaPlannerStop(nullptr, 1, x, x, x, x, x, x), VEKTA_INVALID_ARGUMENT);
+    EXPECT_EQ(vektaPlannerCatchUp(nullptr, 1, 0.0, 1.0, x, x, x, x), VEKTA_INVALID_ARGUMENT);
+    EXPECT_EQ(vektaPlannerSetPeriod(nullptr, 0.001), VEKTA_INVALID_ARGUMENT);
+    EXPECT_STREQ(vektaPlannerError(nullptr), "planner is NULL");
+    EXPECT_EQ(vektaPlannerPeriod(nullptr), 0.0);
+    EXPECT_EQ(vektaPlannerAxes(nullptr), 0);
+    EXPECT_EQ(vektaPlannerDuration(nullptr), 0.0);
+    EXPECT_EQ(vektaPlannerMinimumTime(nullptr, 0), -1.0);
+    EXPECT_EQ(vektaPlannerStateAt(nullptr, 0.0, x, y, z), -1);
+    EXPECT_EQ(vektaPlannerNext(nullptr, x, y, z), -1);
+    EXPECT_EQ(vektaPlannerPositionUpdate(nullptr, 1, x, x, x, 10.0, x, x, x), 0);
+    EXPECT_EQ(vektaPlannerVelocityUpdate(nullptr, 1, x, x, 10.0, x, x, x), 0);
+    EXPECT_EQ(vektaPlannerConveyorUpdate(nullptr, 1, 0.0, 1.0, x, x, x, 10.0, 0.1), 0);
+    EXPECT_EQ(vektaPlannerSample(nullptr, 0, 1, x, y, z, &count), -1);
+    EXPECT_EQ(vektaPlannerLeftTime(nullptr), 0.0);
+    EXPECT_EQ(vektaPlannerCheck(nullptr, message, sizeof message), VEKTA_CHECK_NO_PLAN);
+    EXPECT_STREQ(message, "");
+    vektaPlannerSetTrace(nullptr, 1);
+    vektaPlannerSetRecovery(nullptr, 1);
+    vektaPlannerOutputToStdout(nullptr);
+    vektaPlannerOutputToFile(nullptr, stdout);
+    vektaPlannerOutputToCallback(nullptr, nullptr, nullptr);
+    vektaPlannerOutputOff(nullptr);
+    vektaPlannerDestroy(nullptr);
+
+    const Arm a = drawArm(2, 3, true);
+    StdoutCapture quiet;
+    Planner own;
+    VektaPlanner* made = vektaPlannerCreate();
+    for (VektaPlanner* p : {own.p, made}) {
+        ASSERT_EQ(move(p, a), VEKTA_OK);
+        while (vektaPlannerNext(p, x, y, z) == 0) {
+        }
+    }
+    vektaPlannerDestroy(own.p);  // the caller's memory: nothing happens
+    EXPECT_EQ(vektaPlannerAxes(own.p), 2);
+    EXPECT_EQ(quiet.text(), "");
+    StdoutCapture loud;
+    vektaPlannerOutputToStdout(made);
+    ASSERT_EQ(move(made, a), VEKTA_OK);
+    EXPECT_EQ(loud.text().rfind("posUpd: 1st pt ", 0), 0u);
+    vektaPlannerDestroy(made);
+}
+
+}  // namespace
+}  // namespace vekta::test
