@@ -40,6 +40,18 @@ good=$(motion '"velocity": 1, "acceleration": 4' '')
 beyond=(--jerk-ratio 6.2321253536684109
         --axis -2.5477905490349966,-4.5911863894322282,10.499526281729274,3.0026357133052834,3.8673492692011489,8.4945584045787363)
 conveyor=(plan --mode conveyor --axis 0,0,0,1.5,1,3 --conveyor)
+# Through the library's own calls: 7 axes at 1 ms with a jerk limit each, 16
+# from JSON at 10 ms, 17 (one too many).
+seven=(--period 0.001)
+seventeen=()
+sixteen='{"period": 0.01, "axes": ['
+for i in {0..16}; do
+  [ $i -lt 7 ] && seven+=(--axis "0,0,0,$((i + 1)).5,2,8,$((40 + 10 * i))")
+  [ $i -lt 16 ] && sixteen+="{\"target\": 0.$((1 + i % 5)), \"maxJerk\": $((20 + 5 * i)), \"limits\": {\"velocity\": 1, \"acceleration\": 4}}"
+  [ $i -lt 15 ] && sixteen+=', '
+  seventeen+=(--axis 0,0,0,1,1,4)
+done
+sixteen+=']}'
 mkdir dir
 
 # Good runs.
@@ -50,6 +62,10 @@ row 0 'velocity update, 1 axis' '' plan --mode velocity --axis 0.1,1.5,2,0,2,5 -
 row 0 'position update, 6 axes' '' plan saved.json
 row 0 'plan check: passed' "$good" plan -
 row 0 'plan check: passed' '' plan --recovery --axis 0,0.3,0,0,1,4
+row 0 '   6    0.0000    7.5000    7.5000   4.080 s    2.0000 / 2          8.0000 / 8          100.000 / 100        4080' \
+  '' plan "${seven[@]}"
+row 0 '  15    0.0000    0.1000    0.1000   0.850 s    0.1288 / 1          3.1961 / 4           95.000 / 95           85' \
+  "$sixteen" plan - --csv s16.csv --plot s16.svg
 row 0 'conveyor                   default' '' verify --recovery --count 20 --seed 2
 row 0 'sweep: seed 2, 20 motions' '' verify --count 20 --seed 2
 row 0 'periods; ok' '' verify --seed 3 --case 2
@@ -63,6 +79,10 @@ row 1 'the conveyor update refuses a spare below 0.002' '' "${conveyor[@]}" 0.5,
 row 1 'the plan check refused the plan (code 6): axis 0: time goes back' '' plan "${beyond[@]}"
 row 1 'step1 error:0; plan check (code 1)' '' plan --axis 0,0.3,0,0,1,4
 row 1 'refused the motion: step1 error:4; plan check (code 1): no plan' '' verify --seed 3 --case 193
+row 1 'refused the motion (invalid argument): axis 0: maxJerk is -1, it must be a positive finite number' '' \
+  plan --axis 0,0,0,1,1,4,-1
+row 1 'refused the motion (invalid argument): period is 0 s, it must be from 0.0001 to 1 s' '' \
+  plan --axis 0,0,0,1,1,4 --period 0
 row 1 'vekta verify: 1 of 20 motions failed (jerk-limit 1); replay one with vekta verify --seed 3 --case 19' '' \
   verify --count 20 --seed 3
 
@@ -80,6 +100,9 @@ row 2 '--axis 0 maxAcc: "" is not a decimal number' '' plan --axis 0,0,0,1,1,
 row 2 '--axis 0: expected 6 comma-separated numbers' '' plan --axis 1,2,3
 row 2 '--jerk-ratio: 1e400 is not a finite number' '' plan --axis 0,0,0,1,1,4 --jerk-ratio 1e400
 row 2 'axis 0: the velocity and acceleration limits must be positive' '' plan --axis 0,0,0,1,-1,4
+row 2 'give --axis 1 to 16 times, not 17' '' plan "${seventeen[@]}"
+row 2 '--axis 1: no maxJerk, unlike --axis 0: give it on every --axis or on none' '' \
+  plan --axis 0,0,0,1,1,4,40 --axis 0,0,0,1,1,4
 row 2 'standard input: axes[0].limits.velocity: 1e400 is not a finite number' \
   "$(motion '"velocity": 1e400, "acceleration": 4' '')" plan -
 row 2 'standard input: axis 0 limits: "acceleration" is missing' "$(motion '"velocity": 1' '')" plan -
@@ -100,6 +123,8 @@ check 'demo and stop PNGs' '[ "$(head -c 4 vekta-demo.png | tail -c 3)" = PNG ] 
 check 'the library is silent unless asked' '! grep -q posUpd <("$vekta" demo --no-plot --csv x.csv)'
 check 'plan CSV ends at rest on the target' "tail -1 one.csv | awk -F, '{ exit !(\$2 == 1.5 && \$3 == 0 && \$4 == 0) }'"
 check 'SVG plot, axis labelled in rad' 'grep -q "<svg" one.svg && grep -q "velocity \[rad/s\]" one.svg'
+check '16 axes: CSV of 65 fields, plot with a limit each' \
+  "awk -F, 'NF != 65 { exit 1 }' s16.csv && grep -qF 'axis 15 limit: ±95 m/s^3' s16.svg"
 check 'PDF plot' '[ "$(head -c 5 stop.pdf)" = %PDF- ]'
 echo "vekta tool: $passed passed, $failed failed"
 [ "$failed" = 0 ]

@@ -2,7 +2,10 @@
 //
 //   vekta demo     an embedded six-axis move and the fastest stop from half-way;
 //                  tables, CSV, plots
-//   vekta plan     the same for a motion from a JSON file or the command line
+//   vekta plan     the same for a motion from a JSON file or the command line:
+//                  1 or 6 axes with a jerk ratio through the vekta.h functions,
+//                  anything else (up to VEKTA_MAX_AXES axes, a period, a jerk
+//                  limit per axis) through the library's own calls
 //   vekta verify   the randomized end-to-end sweep, with a progress bar
 //
 // Timings are the benchmark suite's (bench/, `make bench`).
@@ -103,7 +106,11 @@ void checkOutputs(const OutputOptions& o) {
 
 std::string titleFor(const std::string& what, const Trajectory& tr) {
     const Motion& m = tr.motion;
-    char text[256];
+    char text[320];
+    if (m.ownCalls()) {
+        std::snprintf(text, sizeof text, "%s: %s, planned %.3f s", what.c_str(), describe(m).c_str(), tr.plannedTime);
+        return text;
+    }
     std::snprintf(text, sizeof text, "%s: %s update, %d %s, jerk limit = %g x acceleration limit, planned %.3f s",
                   what.c_str(), modeName(m.mode), m.axes, m.axes == 1 ? "axis" : "axes", m.jerkRatio, tr.plannedTime);
     return text;
@@ -177,7 +184,7 @@ int demo(const OutputOptions& o) {
     if (status == kBadUsage || !move.accepted) return status;
 
     std::printf("\nthe fastest stop from the move's state half-way (t = %.3f s):\n",
-                static_cast<double>(static_cast<int>(move.plannedTime / 2.0 / kPeriod)) * kPeriod);
+                static_cast<double>(static_cast<int>(move.plannedTime / 2.0 / move.period())) * move.period());
     const Trajectory stop = runTrajectory(stopHalfWay(move), o.libraryOutput, o.trace);
     return std::max(status, report(stop, o, command, "vekta demo, stop from half-way", "", stopPlot));
 }
@@ -218,7 +225,7 @@ Motion fromSweep(const sweep::Motion& s) {
     m.mode = s.mode == sweep::Mode::Position ? Mode::Position : Mode::Velocity;
     m.axes = s.axes;
     m.jerkRatio = s.jerkRatio;
-    for (int i = 0; i < kMaxAxes; ++i) {
+    for (int i = 0; i < s.axes; ++i) {
         m.pos[i] = s.pos[i];
         m.vel[i] = s.vel[i];
         m.acc[i] = s.acc[i];
@@ -373,19 +380,26 @@ int main(int argc, char** argv) {
     addOutputOptions(demoCmd, demoOut, true);
 
     OutputOptions planOut;
-    std::string motionFile, mode = "position", jerkRatio = "10", conveyor;
-    std::vector<std::string> axes;
+    std::string motionFile;
+    MotionArgs args;
     CLI::App* plan = app.add_subcommand("plan", "plan and sample a motion from a JSON file or the command line");
     plan->add_option("motion", motionFile, "JSON motion file ('-' for standard input)");
-    CLI::Option* axisOpt = plan->add_option("--axis", axes, "one axis: pos,vel,acc,target,maxVel,maxAcc (give 1 or 6)")
-                               ->excludes("motion");
-    plan->add_option("--mode", mode, "position, velocity or conveyor (with --axis)")
+    CLI::Option* axisOpt =
+        plan->add_option("--axis", args.axes,
+                         "one axis: pos,vel,acc,target,maxVel,maxAcc[,maxJerk] (give 1 to " +
+                             std::to_string(VEKTA_MAX_AXES) + "; maxJerk on every axis or none)")
+            ->excludes("motion");
+    plan->add_option("--mode", args.mode, "position, velocity or conveyor (with --axis)")
         ->capture_default_str()
         ->needs(axisOpt);
-    plan->add_option("--jerk-ratio", jerkRatio, "jerk limit = acceleration limit x ratio (with --axis)")
-        ->capture_default_str()
+    CLI::Option* ratioOpt =
+        plan->add_option("--jerk-ratio", args.jerkRatio, "jerk limit = acceleration limit x ratio (with --axis)")
+            ->capture_default_str()
+            ->needs(axisOpt);
+    plan->add_option("--period", args.period,
+                     "control period in seconds, 0.0001 to 1 (with --axis; without it, 0.005)")
         ->needs(axisOpt);
-    plan->add_option("--conveyor", conveyor, "conveyor mode: velocity,limit,spare (with --axis)")->needs(axisOpt);
+    plan->add_option("--conveyor", args.conveyor, "conveyor mode: velocity,limit,spare (with --axis)")->needs(axisOpt);
     addOutputOptions(plan, planOut, false);
     bool planRecovery = false;
     plan->add_flag("--recovery", planRecovery,
@@ -433,8 +447,9 @@ int main(int argc, char** argv) {
         if (plan->parsed()) {
             checkOutputs(planOut);
             Motion m;
-            if (!axes.empty()) {
-                m = motionFromArgs(mode, parseNumber(jerkRatio, "--jerk-ratio"), axes, conveyor);
+            if (!args.axes.empty()) {
+                args.jerkRatioGiven = ratioOpt->count() > 0;
+                m = motionFromArgs(args);
             } else if (!motionFile.empty()) {
                 m = readMotionFile(motionFile);
             } else {

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
@@ -53,12 +54,19 @@ const json& object(const json& obj, const char* key, const std::string& where) {
     return *it;
 }
 
-// The checks every motion must pass, wherever it came from.
+const std::string kAxisCounts = "1 to " + std::to_string(VEKTA_MAX_AXES);
+
+// The checks every motion must pass, wherever it came from. The library's own
+// calls check their limits and period themselves and say why they refuse
+// them; the vekta.h functions do not, so the tool checks their limits.
 void validate(const Motion& m) {
-    if (m.axes != 1 && m.axes != kMaxAxes) {
-        fail("a motion has 1 or 6 axes, not " + std::to_string(m.axes));
+    if (m.axes < 1 || m.axes > VEKTA_MAX_AXES) {
+        fail("a motion has " + kAxisCounts + " axes, not " + std::to_string(m.axes));
     }
-    if (!(m.jerkRatio > 0.0) || !std::isfinite(m.jerkRatio)) fail("the jerk ratio must be positive");
+    if (!m.jerkPerAxis && (!(m.jerkRatio > 0.0) || !std::isfinite(m.jerkRatio))) {
+        fail("the jerk ratio must be positive");
+    }
+    if (m.ownCalls()) return;
     for (int i = 0; i < m.axes; ++i) {
         if (!(m.maxVel[i] > 0.0) || !(m.maxAcc[i] > 0.0)) {
             fail("axis " + std::to_string(i) + ": the velocity and acceleration limits must be positive");
@@ -173,27 +181,37 @@ Motion demoMotion() {
 
 Motion motionFromJson(const json& j) {
     if (!j.is_object()) fail("a motion is a JSON object");
-    rejectUnknownKeys(j, {"mode", "jerkRatio", "axes", "conveyor"}, "motion");
+    rejectUnknownKeys(j, {"mode", "jerkRatio", "period", "axes", "conveyor"}, "motion");
     Motion m;
     const auto mode = j.find("mode");
     if (mode != j.end()) {
         if (!mode->is_string()) fail("motion: \"mode\" must be a string");
         m.mode = parseMode(mode->get<std::string>());
     }
-    m.jerkRatio = number(j, "jerkRatio", "motion", true, 0.0);
+    const bool ratioGiven = j.contains("jerkRatio");
+    m.jerkRatio = number(j, "jerkRatio", "motion", false, 0.0);
+    m.periodGiven = j.contains("period");
+    m.period = number(j, "period", "motion", false, kLegacyPeriod);
 
     const auto axes = j.find("axes");
-    if (axes == j.end() || !axes->is_array()) fail("motion: \"axes\" must be an array of 1 or 6 axes");
-    if (axes->size() != 1 && axes->size() != kMaxAxes) {
-        fail("motion: \"axes\" must hold 1 or 6 axes, not " + std::to_string(axes->size()));
+    if (axes == j.end() || !axes->is_array()) fail("motion: \"axes\" must be an array of " + kAxisCounts + " axes");
+    if (axes->empty() || axes->size() > VEKTA_MAX_AXES) {
+        fail("motion: \"axes\" must hold " + kAxisCounts + " axes, not " + std::to_string(axes->size()));
     }
     m.axes = static_cast<int>(axes->size());
+    // Either every axis gives its maxJerk, or none does and the ratio sets them.
+    m.jerkPerAxis = (*axes)[0].is_object() && (*axes)[0].contains("maxJerk");
     const bool needsTarget = m.mode != Mode::Velocity;
     for (int i = 0; i < m.axes; ++i) {
         const json& a = (*axes)[i];
         const std::string where = "axis " + std::to_string(i);
         if (!a.is_object()) fail(where + ": must be an object");
-        rejectUnknownKeys(a, {"position", "velocity", "acceleration", "target", "limits"}, where);
+        rejectUnknownKeys(a, {"position", "velocity", "acceleration", "target", "maxJerk", "limits"}, where);
+        if (a.contains("maxJerk") != m.jerkPerAxis) {
+            fail(where + ": \"maxJerk\" is " + (m.jerkPerAxis ? "missing" : "given") + ": axis 0 " +
+                 (m.jerkPerAxis ? "gives" : "does not give") + " one, and every axis must do the same");
+        }
+        m.maxJerk[i] = number(a, "maxJerk", where, false, 0.0);
         m.pos[i] = number(a, "position", where, false, 0.0);
         m.vel[i] = number(a, "velocity", where, false, 0.0);
         m.acc[i] = number(a, "acceleration", where, false, 0.0);
@@ -203,6 +221,10 @@ Motion motionFromJson(const json& j) {
         m.maxVel[i] = number(limits, "velocity", where + " limits", true, 0.0);
         m.maxAcc[i] = number(limits, "acceleration", where + " limits", true, 0.0);
     }
+    if (m.jerkPerAxis && ratioGiven) {
+        fail("motion: \"jerkRatio\" and a \"maxJerk\" per axis are alternatives: give one");
+    }
+    if (!m.jerkPerAxis && !ratioGiven) fail("motion: \"jerkRatio\" is missing (or give every axis a \"maxJerk\")");
 
     const auto conveyor = j.find("conveyor");
     if (m.mode == Mode::Conveyor) {
@@ -221,7 +243,8 @@ Motion motionFromJson(const json& j) {
 json motionToJson(const Motion& m) {
     json j;
     j["mode"] = modeName(m.mode);
-    j["jerkRatio"] = m.jerkRatio;
+    if (!m.jerkPerAxis) j["jerkRatio"] = m.jerkRatio;
+    if (m.periodGiven) j["period"] = m.period;
     json axes = json::array();
     for (int i = 0; i < m.axes; ++i) {
         json a;
@@ -231,6 +254,7 @@ json motionToJson(const Motion& m) {
             a["acceleration"] = m.acc[i];
         }
         if (m.mode != Mode::Velocity) a["target"] = m.tgt[i];
+        if (m.jerkPerAxis) a["maxJerk"] = m.maxJerk[i];
         a["limits"] = {{"velocity", m.maxVel[i]}, {"acceleration", m.maxAcc[i]}};
         axes.push_back(a);
     }
@@ -309,25 +333,47 @@ std::vector<double> parseNumbers(const std::string& text, const std::vector<std:
     return out;
 }
 
-Motion motionFromArgs(const std::string& mode, double jerkRatio, const std::vector<std::string>& axes,
-                      const std::string& conveyor) {
+Motion motionFromArgs(const MotionArgs& args) {
     Motion m;
-    m.mode = parseMode(mode);
-    m.jerkRatio = jerkRatio;
-    if (axes.size() != 1 && axes.size() != kMaxAxes) {
-        fail("give --axis once or six times, not " + std::to_string(axes.size()));
+    m.jerkRatio = parseNumber(args.jerkRatio, "--jerk-ratio");
+    m.mode = parseMode(args.mode);
+    if (!args.period.empty()) {
+        m.periodGiven = true;
+        m.period = parseNumber(args.period, "--period");
     }
-    m.axes = static_cast<int>(axes.size());
+    if (args.axes.empty() || args.axes.size() > VEKTA_MAX_AXES) {
+        fail("give --axis " + kAxisCounts + " times, not " + std::to_string(args.axes.size()));
+    }
+    m.axes = static_cast<int>(args.axes.size());
+    std::vector<std::string> fields = {"position", "velocity", "acceleration", "target", "maxVel", "maxAcc"};
     for (int i = 0; i < m.axes; ++i) {
-        const auto v = parseNumbers(axes[i], {"position", "velocity", "acceleration", "target", "maxVel", "maxAcc"},
-                                    "--axis " + std::to_string(i));
+        const std::string& text = args.axes[i];
+        const std::string what = "--axis " + std::to_string(i);
+        const auto commas = std::count(text.begin(), text.end(), ',');
+        if (commas != 5 && commas != 6) {
+            fail(what + ": expected 6 comma-separated numbers (position,velocity,acceleration,target,maxVel,"
+                        "maxAcc) or 7 (and maxJerk), got \"" + text + "\"");
+        }
+        if (i == 0) {
+            m.jerkPerAxis = commas == 6;
+            if (m.jerkPerAxis) fields.push_back("maxJerk");
+        } else if ((commas == 6) != m.jerkPerAxis) {
+            fail(what + ": " + (m.jerkPerAxis ? "no" : "a") + " maxJerk, unlike --axis 0: give it on every --axis "
+                 "or on none");
+        }
+        const auto v = parseNumbers(text, fields, what);
         m.pos[i] = v[0];
         m.vel[i] = v[1];
         m.acc[i] = v[2];
         m.tgt[i] = v[3];
         m.maxVel[i] = v[4];
         m.maxAcc[i] = v[5];
+        if (m.jerkPerAxis) m.maxJerk[i] = v[6];
     }
+    if (m.jerkPerAxis && args.jerkRatioGiven) {
+        fail("--jerk-ratio and a maxJerk per --axis are alternatives: give one");
+    }
+    const std::string& conveyor = args.conveyor;
     if (m.mode == Mode::Conveyor) {
         if (conveyor.empty()) fail("the conveyor mode needs --conveyor velocity,limit,spare");
         const auto c = parseNumbers(conveyor, {"velocity", "limit", "spare"}, "--conveyor");

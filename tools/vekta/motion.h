@@ -9,24 +9,38 @@
 
 #include <nlohmann/json.hpp>
 
+#include "vekta/vekta_c.h"
+
 namespace vekta::cli {
 
-constexpr int kMaxAxes = 6;
+// The period of the vekta.h functions, in seconds.
+constexpr double kLegacyPeriod = 0.005;
 
 enum class Mode { Position, Velocity, Conveyor };
 
 const char* modeName(Mode m);
 
+// A motion of 1 or 6 axes with a jerk ratio and no period goes through the
+// vekta.h functions, as a controller written for them would plan it; any
+// other (another axis count, a period, a jerk limit per axis) through the
+// library's own calls on a planner of its own.
 struct Motion {
     Mode mode = Mode::Position;
-    int axes = 0;  // 1 or 6
-    double jerkRatio = 10.0;
+    int axes = 0;  // 1 to VEKTA_MAX_AXES
+    double jerkRatio = 10.0;  // the jerk limit is maxAcc x jerkRatio ...
+    bool jerkPerAxis = false;  // ... unless maxJerk holds one per axis
+    bool periodGiven = false;
+    double period = kLegacyPeriod;  // seconds
     // Present state (ignored by the conveyor update, which starts at rest at 0).
-    double pos[kMaxAxes] = {}, vel[kMaxAxes] = {}, acc[kMaxAxes] = {};
-    double tgt[kMaxAxes] = {};  // ignored by the velocity update
-    double maxVel[kMaxAxes] = {}, maxAcc[kMaxAxes] = {};
-    // Conveyor catch-up only.
+    double pos[VEKTA_MAX_AXES] = {}, vel[VEKTA_MAX_AXES] = {}, acc[VEKTA_MAX_AXES] = {};
+    double tgt[VEKTA_MAX_AXES] = {};  // ignored by the velocity update
+    double maxVel[VEKTA_MAX_AXES] = {}, maxAcc[VEKTA_MAX_AXES] = {}, maxJerk[VEKTA_MAX_AXES] = {};
+    // Conveyor catch-up only (the spare is read by the vekta.h update only).
     double conveyorVel = 0.0, conveyorLimit = 0.0, spare = 1.0;
+
+    double jerkLimit(int i) const { return jerkPerAxis ? maxJerk[i] : maxAcc[i] * jerkRatio; }
+    // Whether it is planned through the library's own calls.
+    bool ownCalls() const { return (axes != 1 && axes != 6) || periodGiven || jerkPerAxis; }
 };
 
 // A six-axis move: different distances and limits per axis, axis 1 already
@@ -43,10 +57,18 @@ nlohmann::json motionToJson(const Motion& m);
 // finite number".
 Motion readMotionFile(const std::string& path);
 
-// Builds a motion from command-line pieces: one "pos,vel,acc,target,maxVel,maxAcc"
-// string per axis and, for the conveyor mode, "velocity,limit,spare".
-Motion motionFromArgs(const std::string& mode, double jerkRatio, const std::vector<std::string>& axes,
-                      const std::string& conveyor);
+// The command-line pieces of a motion, as typed.
+struct MotionArgs {
+    std::string mode = "position";
+    std::string jerkRatio = "10";
+    bool jerkRatioGiven = false;
+    std::string period;                // empty: none given
+    std::vector<std::string> axes;     // "pos,vel,acc,target,maxVel,maxAcc[,maxJerk]" each
+    std::string conveyor;              // "velocity,limit,spare" for the conveyor mode
+};
+
+// Builds a motion from command-line pieces.
+Motion motionFromArgs(const MotionArgs& args);
 
 // Strict parsing of what a user types. A number is written in decimal
 // ("-1.5", "2e-3"): no hex, no inf or nan, nothing before or after it, and

@@ -16,8 +16,11 @@ namespace vekta::cli {
 
 namespace {
 
-// One colour per axis, distinct on white and for most colour-blind readers.
-const char* const kAxisColours[kMaxAxes] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd", "#8c564b"};
+// One colour per axis, distinct on white: the first ten for most colour-blind
+// readers too, the last six darker.
+const char* const kAxisColours[VEKTA_MAX_AXES] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd", "#8c564b",
+                                                  "#e377c2", "#7f7f7f", "#bcbd22", "#17becf", "#393b79", "#637939",
+                                                  "#8c6d31", "#843c39", "#7b4173", "#000000"};
 
 // A gnuplot single-quoted string: a quote inside is written twice.
 std::string singleQuoted(const std::string& s) {
@@ -118,8 +121,9 @@ std::string gnuplotScript(const Trajectory& tr, const std::string& path, const s
     s += "set output " + singleQuoted(path) + "\n";
     s += "set datafile separator ','\n";
     s += "$samples << EOD\n";
+    const std::string time = "%." + std::to_string(timeDecimals(tr.period())) + "f";
     for (const Row& r : tr.rows) {
-        s += format("%.3f", r.t);
+        s += format(time.c_str(), r.t);
         for (int i = 0; i < m.axes; ++i) {
             s += format(",%.10g", r.pos[i]) + format(",%.10g", r.vel[i]) + format(",%.10g", r.acc[i]) +
                  format(",%.10g", r.jerk[i]);
@@ -127,7 +131,7 @@ std::string gnuplotScript(const Trajectory& tr, const std::string& path, const s
         s += "\n";
     }
     s += "EOD\n";
-    const double tEnd = std::max(tr.rows.back().t, kPeriod);
+    const double tEnd = std::max(tr.rows.back().t, tr.period());
     s += "set xrange [0:" + format("%.6g", tEnd) + "]\n";
     s += "set grid\n";
     s += "set offsets 0, 0, graph 0.06, graph 0.06\n";  // keep curves on a limit off the frame
