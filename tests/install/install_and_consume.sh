@@ -39,6 +39,11 @@ quietly cmake --build "$work/cmake"
 for example in point_to_point replan_mid_motion velocity_stop conveyor_catch_up check_plan c_planner; do
   quietly "$work/cmake/$example"
 done
+# The seven-axis arm arrives in the cycle its plan ends in, and a spoiled limit is refused in words.
+quietly "$work/cmake/seven_axes"
+grep -q '^seven_axes: every joint on target at rest after 1500 cycles$' "$work/log" || fail "seven_axes arrival"
+grep -q '^seven_axes: a jerk limit of 0 gives status 1: axis 3: maxJerk is 0, it must be a positive finite number$' \
+  "$work/log" || fail "seven_axes refusal"
 
 # A version the package does not offer is refused.
 mkdir "$work/too-new"
@@ -109,4 +114,4 @@ if [ -n "$module" ]; then
   PYTHONPATH=$(dirname "$module") quietly /usr/bin/python3 -c "import vekta; vekta.Planner()"
 fi
 
-echo "install and consume passed: 6 examples (5 C++, 1 C) with find_package(vekta), one with pkg-config, the C++ class"
+echo "install and consume passed: 7 examples (5 C++, 2 C) with find_package(vekta), one with pkg-config, the C++ class"
