@@ -19,6 +19,13 @@
 // here, the report to the original standard output. The output:off rows plan
 // on a planner of their own whose output is switched off, which skips the
 // formatting of those lines altogether.
+//
+// The move rows time vektaPlannerMove on a new planner (output off) for arms
+// of 6, 7 and 16 axes: the axes of drawn six-axis motions side by side, each
+// with maxJerk = maxAcc x its motion's jerk ratio, so that the six-axis arms
+// are the same plans as the handle form's position update with recovery on
+// (plan/position/axes:6/start:all/recovery/output:off, its twin). They add
+// the mean per axis.
 #include <benchmark/benchmark.h>
 #include <ext/stdio_filebuf.h>
 #include <fcntl.h>
@@ -51,10 +58,10 @@ constexpr int kMaxPeriods = 40000;
 // the sweep draws them.
 enum class Starts { Rest, Moving, Beyond, All };
 
-// The first kSetSize motions of the sweep with this axis count, mode and start.
-std::vector<Motion> drawSet(int axes, Mode mode, Starts starts) {
+// The first `size` motions of the sweep with this axis count, mode and start.
+std::vector<Motion> drawSet(int axes, Mode mode, Starts starts, std::size_t size = kSetSize) {
     std::vector<Motion> set;
-    for (std::uint64_t i = 0; set.size() < kSetSize; ++i) {
+    for (std::uint64_t i = 0; set.size() < size; ++i) {
         const Motion m = vekta::sweep::drawMotion(kSeed, i);
         if (m.axes != axes || m.mode != mode) continue;
         if (starts != Starts::All && static_cast<int>(m.start) != static_cast<int>(starts)) continue;
@@ -80,6 +87,37 @@ bool plan(const Motion& m) {
                : vektaVelocityModeParaUpd(m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc, 0.0);
 }
 
+// The arguments of one vektaPlannerMove.
+struct Arm {
+    int axes;
+    double target[VEKTA_MAX_AXES], maxVel[VEKTA_MAX_AXES], maxAcc[VEKTA_MAX_AXES], maxJerk[VEKTA_MAX_AXES];
+    double pos[VEKTA_MAX_AXES], vel[VEKTA_MAX_AXES], acc[VEKTA_MAX_AXES];
+};
+
+// kSetSize arms of `axes` axes, each made of the axes of the next drawn
+// six-axis position motions (all starts) in turn; arm k of six axes is motion k.
+std::vector<Arm> drawArms(int axes) {
+    const std::size_t perArm = static_cast<std::size_t>((axes + 5) / 6);
+    const std::vector<Motion> six = drawSet(6, Mode::Position, Starts::All, kSetSize * perArm);
+    std::vector<Arm> set(kSetSize);
+    for (std::size_t k = 0; k < kSetSize; ++k) {
+        Arm& a = set[k];
+        a.axes = axes;
+        for (int i = 0; i < axes; ++i) {
+            const Motion& m = six[k * perArm + static_cast<std::size_t>(i / 6)];
+            const int j = i % 6;
+            a.target[i] = m.tgt[j];
+            a.maxVel[i] = m.maxVel[j];
+            a.maxAcc[i] = m.maxAcc[j];
+            a.maxJerk[i] = m.maxAcc[j] * m.jerkRatio;
+            a.pos[i] = m.pos[j];
+            a.vel[i] = m.vel[j];
+            a.acc[i] = m.acc[j];
+        }
+    }
+    return set;
+}
+
 double seconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
 
 // The targets, by benchmark name.
@@ -90,6 +128,7 @@ const char* targetOf(const std::string& name) {
         {"plan/position/axes:6/start:moving", "target: mean <= 4.5 us, max <= 40 us"},
         {"plan/stop/axes:6/start:all", "target: mean <= 1.0 us"},
         {"sample/position/axes:6/start:all", "target: <= 5 ns per sample"},
+        {"move/axes:6/start:all", "target: mean <= 1.15 x plan/position/axes:6/start:all/recovery/output:off"},
     };
     for (const auto& t : targets) {
         if (name == t[0]) return t[1];
@@ -97,14 +136,17 @@ const char* targetOf(const std::string& name) {
     return "";
 }
 
-// One iteration plans one motion of the set, in turn.
-void planTimes(benchmark::State& state, const std::vector<Motion>& set, const char* target) {
+// One iteration plans one element of the set, in turn, with planOne; axes,
+// when not 0, adds the mean per axis.
+template <class Element, class Plan>
+void timeEach(benchmark::State& state, const std::vector<Element>& set, Plan planOne, const char* target,
+              int axes = 0) {
     std::vector<double> best(set.size(), 1e300);
     double total = 0.0, slowestCall = 0.0;
     std::size_t k = 0;
     for (auto _ : state) {
         const auto t0 = Clock::now();
-        const bool ok = plan(set[k]);
+        const bool ok = planOne(set[k]);
         const double s = seconds(Clock::now() - t0);
         benchmark::DoNotOptimize(ok);
         state.SetIterationTime(s);
@@ -127,7 +169,13 @@ void planTimes(benchmark::State& state, const std::vector<Motion>& set, const ch
     state.counters["worst_motion_us"] = worst * 1e6;
     state.counters["slowest_call_us"] = slowestCall * 1e6;
     state.counters["motions"] = timed;
+    if (axes > 0) state.counters["mean_us_per_axis"] = total / n * 1e6 / axes;
     state.SetLabel(target);
+}
+
+// One iteration plans one motion of the set, in turn.
+void planTimes(benchmark::State& state, const std::vector<Motion>& set, const char* target) {
+    timeEach(state, set, plan, target);
 }
 
 // The same with recovery mode on: the plan check after every update, and a
@@ -145,6 +193,29 @@ void planTimesOutputOff(benchmark::State& state, const std::vector<Motion>& set)
     planTimes(state, set, "");
     vektaPlannerDestroy(quietPlanner);
     quietPlanner = nullptr;
+}
+
+// The handle form with recovery on, on a new planner (output off): Move's twin.
+void planTimesRecoveringOutputOff(benchmark::State& state, const std::vector<Motion>& set) {
+    quietPlanner = vektaPlannerCreate();
+    vektaPlannerSetRecovery(quietPlanner, 1);
+    timeEach(state, set, plan, "", 6);
+    vektaPlannerDestroy(quietPlanner);
+    quietPlanner = nullptr;
+}
+
+// vektaPlannerMove on a new planner (output off).
+void moveTimes(benchmark::State& state, const std::vector<Arm>& set) {
+    VektaPlanner* planner = vektaPlannerCreate();
+    const std::string name = "move/axes:" + std::to_string(set.front().axes) + "/start:all";
+    timeEach(
+        state, set,
+        [planner](const Arm& a) {
+            return vektaPlannerMove(planner, a.axes, a.target, a.maxVel, a.maxAcc, a.maxJerk, a.pos, a.vel,
+                                    a.acc) == VEKTA_OK;
+        },
+        targetOf(name), set.front().axes);
+    vektaPlannerDestroy(planner);
 }
 
 // One iteration samples one planned motion of the set to its end, every axis
@@ -198,7 +269,20 @@ void registerAll() {
             benchmark::RegisterBenchmark((name + "/output:off").c_str(), planTimesOutputOff, std::cref(sets.back()))
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
+            if (axes != 6) continue;
+            benchmark::RegisterBenchmark((name + "/recovery/output:off").c_str(), planTimesRecoveringOutputOff,
+                                         std::cref(sets.back()))
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
         }
+    }
+    static std::deque<std::vector<Arm>> arms;
+    for (int axes : {6, 7, 16}) {
+        arms.push_back(drawArms(axes));
+        benchmark::RegisterBenchmark(("move/axes:" + std::to_string(axes) + "/start:all").c_str(), moveTimes,
+                                     std::cref(arms.back()))
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
     }
     for (int axes : {1, 6}) {
         sets.push_back(drawSet(axes, Mode::Velocity, Starts::All));
