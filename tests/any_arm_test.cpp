@@ -279,7 +279,7 @@ TEST(AnyArm, CatchUpEndsWithTheConveyorOrSaysWhyNot) {
 // NULL planners everywhere, a planner in the caller's memory destroyed, and a
 // new planner silent until its output is switched on.
 TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
-    double x[1] = {}, y[1] = {}, z[1] = {};
+    double x[VEKTA_MAX_AXES] = {}, y[VEKTA_MAX_AXES] = {}, z[VEKTA_MAX_AXES] = {};
     char message[8] = "x";
     int count = 0;
     EXPECT_EQ(vektaPlannerMove(nullptr, 1, x, x, x, x, x, x, x), VEKTA_INVALID_ARGUMENT);
