@@ -62,7 +62,8 @@ int main(void) {
         }
     }
     int arrived = fabs(cycles * period - duration) < period; /* the cycle the plan ends in */
-    for (int i = 0; i < AXES; ++i) arrived &= pos[i] == target[i] && vel[i] == 0.0 && acc[i] == 0.0;
+    /* The end meets the target to the rounding of the arithmetic. */
+    for (int i = 0; i < AXES; ++i) arrived &= fabs(pos[i] - target[i]) <= 1e-12 && vel[i] == 0.0 && acc[i] == 0.0;
     printf("seven_axes: %s after %d cycles\n", arrived ? "every joint on target at rest" : "NOT ARRIVED", cycles);
 
     /* A limit that is not positive is refused before anything is planned, and

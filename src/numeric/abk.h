@@ -145,6 +145,44 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
     return false;
 }
 
+// Exact curves (AxisPlan::exact): abkSolve stops once |r| < kAbkTolerance,
+// which leaves a shape's end up to 1e-5 from its target, and a root good to
+// that is fine for choosing and timing a shape but not for where a curve ends
+// (by default the last point is then stored on the target: a position step
+// in the last period). So an exact curve's root is refined further with the
+// root finder's own secant step through the same residual, step after step
+// for as long as each makes |r| smaller, until r is zero or a step gains
+// nothing: the end then meets the target to the rounding of the residual
+// itself. The first slope is taken over a short probe (kRefineProbe of the
+// bracket) from the root; every step stays inside [lo, hi].
+constexpr double kRefineProbe = 1e-9;
+constexpr int kRefineSteps = 8;
+
+template <typename Residual>
+double refineRoot(const Residual& residual, double x, double lo, double hi) {
+    const double left = lo < hi ? lo : hi, right = lo < hi ? hi : lo;
+    double fx = residual(x);
+    if (!(std::fabs(fx) > 0.0)) return x;  // on the root already, or no number to improve
+    const double probe = (right - left) * kRefineProbe;
+    double y = x + (x - left < right - x ? probe : -probe);
+    double fy = residual(y);
+    double best = x, fBest = fx;
+    if (std::fabs(fy) < std::fabs(fBest)) best = y, fBest = fy;
+    for (int step = 0; step < kRefineSteps && fBest != 0.0; ++step) {
+        const double slope = (fy - fx) / (y - x);
+        if (!(std::fabs(slope) > 0.0) || !std::isfinite(slope)) break;
+        double z = y - fy / slope;
+        z = z < left ? left : (z > right ? right : z);
+        if (z == x || z == y) break;
+        const double fz = residual(z);
+        if (!(std::fabs(fz) < std::fabs(fBest))) break;
+        best = z, fBest = fz;
+        x = y, fx = fy;
+        y = z, fy = fz;
+    }
+    return best;
+}
+
 }  // namespace VEKTA_COPY
 }  // namespace vekta
 

@@ -179,7 +179,11 @@ bool planStep2Position(PlannerState& st, AxisPlan& r, int axis,
     if (st.traceOn) printTo(&st.output, "%d %s\n", ok ? 1 : 0, step2ProfileNames[nameIndex]);
     if (r.inv == -1) mirrorAxis(r);
     const bool fits = curveFits(r, axis);
-    if (fits) r.secPos[r.pointCount - 1] = r.tgtPos;  // pinned exactly on the target
+    // The root finder's tolerance leaves the shape's end up to 1e-5 from the
+    // target; by default the last point is pinned exactly on it. Exact curves
+    // refined their root until the end is the target to rounding, and keep
+    // the integrated end, so that the last section meets its point.
+    if (fits && !r.exact) r.secPos[r.pointCount - 1] = r.tgtPos;
     if (!ok || !fits) {
         printTo(&st.output, "step2 error:ts %f idx %d\n", maxT, axis);
         return false;

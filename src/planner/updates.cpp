@@ -50,7 +50,7 @@ double jerkOf(JerkLimits jerk, const double* maxAcc, int i) {
 }
 
 void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, JerkLimits jerk,
-              const double* curPos, const double* curVel, const double* curAcc) {
+              const double* curPos, const double* curVel, const double* curAcc, bool exact) {
     r.tgtVel = 0.0;
     r.maxVel = maxVel[i];
     r.maxAcc = maxAcc[i];
@@ -59,6 +59,7 @@ void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, Je
     r.curVel = curVel[i];
     r.curAcc = curAcc[i];
     r.sampleCount = 0;
+    r.exact = exact;
     r.secCursor = 1;
 }
 
@@ -102,7 +103,7 @@ bool positionUpdate(PlannerState& st, AxisCounts counts, int n, const double* tg
     if (!acceptAxisCount(st, counts, n)) return false;
     for (int i = 0; i < n; ++i) {
         AxisPlan& r = st.records[i];
-        copyAxis(r, i, maxVel, maxAcc, jerk, curPos, curVel, curAcc);
+        copyAxis(r, i, maxVel, maxAcc, jerk, curPos, curVel, curAcc, st.recovery);
         r.tgtPos = tgtPos[i];
     }
     const bool ok = planUpdate(st, true);
@@ -139,7 +140,7 @@ bool velocityUpdate(PlannerState& st, AxisCounts counts, int n, const double* ma
                     const double* curVel, const double* curAcc) {
     if (!acceptAxisCount(st, counts, n)) return false;
     for (int i = 0; i < n; ++i) {
-        copyAxis(st.records[i], i, maxVel, maxAcc, jerk, curPos, curVel, curAcc);
+        copyAxis(st.records[i], i, maxVel, maxAcc, jerk, curPos, curVel, curAcc, st.recovery);
     }
     const bool ok = planUpdate(st, false);
     st.planMode = kVelocityPlan;

@@ -75,6 +75,10 @@ struct AxisPlan {
     // the general sampling path has moved on.
     double sampleT0, sampleA0, sampleV0, sampleP0, sampleJerk, sampleSectionEnd;
     const OutputSink* sink;  // the planner's output, for print sites that see only the record
+    // Exact curves (recovery mode and the library's own calls): roots refined
+    // to the last bits, the last point the integrated one, the plan check's
+    // tolerances relative to the motion. Set by every update.
+    bool exact;
 };
 
 // What the last accepted update planned, so that a plan can be checked

@@ -26,7 +26,10 @@
 // convergence once its bracket is 1e-5 wide in the unknown; for unknowns of
 // that order (peaks near 1e-3 units) that test, not the residual, limits the
 // accuracy. The PLNT residual is the plain end-position error (a quartic
-// with fixed coefficients), so its end meets the target only to ABK's 1e-5.
+// with fixed coefficients), so by default its end meets the target only to
+// ABK's 1e-5, and the axis that sets the common end time stops short of its
+// target and ends early. For exact curves it is scaled as the others are, and
+// its root refined to the last bits (refineRoot in numeric/abk.h).
 //
 // Variants: ids 10..17 solve the even shape on the negated state and store
 // every value negated (times as they are). PLNt and PLNT look at the sign of
@@ -231,12 +234,14 @@ double residualPLNT(AxisPlan& rec, const double* xp) {
         c[8] = 4.0 * std::pow(a, 3.0) - 12.0 * a * c[2] + c[7] * p - 3.0 * A * c[3] +
                J * vt * c[6] - c[7] * pt + c[6] * c[2];
         c[9] = c[5] * v * v + std::pow(a, 4.0) - c[5] * vt * vt - c[4] * c[2];
+        c[10] = rec.exact ? residualGain(rec) : 1.0;
         rec.coefDirty = false;
     }
     const double x = *xp;
-    return (4.0 * std::pow(x, 4.0) + x * x * (8.0 * c[2] - c[4]) + c[9]) * c[1] / (8.0 * A) +
-           ((24.0 * c[2] - 12.0 * c[3]) * x + c[8] + c[6] * x * x + 12.0 * std::pow(x, 3.0)) *
-               c[1] / 12.0;
+    const double error = (4.0 * std::pow(x, 4.0) + x * x * (8.0 * c[2] - c[4]) + c[9]) * c[1] / (8.0 * A) +
+                         ((24.0 * c[2] - 12.0 * c[3]) * x + c[8] + c[6] * x * x + 12.0 * std::pow(x, 3.0)) *
+                             c[1] / 12.0;
+    return rec.exact ? c[10] * error : error;
 }
 
 // Writes the final point (vt, pt) at rest; `zeroSign` is the sign the zero
@@ -510,7 +515,9 @@ bool solveStep1PLNT(AxisPlan& rec) {
         lo = a;
     }
     double x = 0.0;
-    if (!abkSolveWith(rec, [&rec](double t) { return residualPLNT(rec, &t); }, &x, lo, hi)) return false;
+    const auto residual = [&rec](double t) { return residualPLNT(rec, &t); };
+    if (!abkSolveWith(rec, residual, &x, lo, hi)) return false;
+    if (rec.exact) x = refineRoot(residual, x, lo, hi);
 
     const double t1 = (x - a) / J;
     const double t2 = (x + A) / J;

@@ -260,6 +260,7 @@ bool solveAndWrite(AxisPlan& rec, const Residual& residual, double lo, double hi
         printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
+    if (rec.exact) x = refineRoot(residual, x, lo, hi);
     rec.writeSections = 1;
     residual(x);
     return true;
@@ -284,6 +285,7 @@ bool solveZeroShape(AxisPlan& rec, double lo, double hi, const char* errorLine) 
         printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
+    if (rec.exact) x = refineRoot(trial, x, lo, hi);
     ShapePoints points;
     points.n = 0;
     ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, &points, CubeMemo{}};

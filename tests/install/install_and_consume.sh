@@ -66,6 +66,7 @@ quietly "$cxx" -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I"$prefix/include
 cat > "$work/planner.cpp" <<'EOF'
 #include <vekta/planner.hpp>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <type_traits>
@@ -86,7 +87,7 @@ int main() {
     while ((result = moved.next(p, v, a)) == 0) ++cycles;
     const double end = moved.duration();  // sampled at 2, 4, ... ms: the last sample is the first at or past it
     EXPECT(result == 1 && cycles * 0.002 > end - 1e-9 && (cycles - 1) * 0.002 < end + 1e-9);
-    for (int i = 0; i < 7; ++i) EXPECT(p[i] == target[i] && v[i] == 0.0);
+    for (int i = 0; i < 7; ++i) EXPECT(std::fabs(p[i] - target[i]) <= 1e-12 && v[i] == 0.0);
     std::vector<double> shortOut(6);
     EXPECT(moved.stateAt(0.0, shortOut, v, a) == -1);
     // Arrays of different lengths: refused in words, and the last plan is gone.

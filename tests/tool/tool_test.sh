@@ -64,7 +64,7 @@ row 0 'plan check: passed' "$good" plan -
 row 0 'plan check: passed' '' plan --recovery --axis 0,0.3,0,0,1,4
 row 0 '   6    0.0000    7.5000    7.5000   4.080 s    2.0000 / 2          8.0000 / 8          100.000 / 100        4080' \
   '' plan "${seven[@]}"
-row 0 '  15    0.0000    0.1000    0.1000   0.850 s    0.1288 / 1          3.1961 / 4           95.000 / 95           85' \
+row 0 '  15    0.0000    0.1000    0.1000   0.850 s    0.1288 / 1          3.1962 / 4           95.000 / 95           85' \
   "$sixteen" plan - --csv s16.csv --plot s16.svg
 row 0 'conveyor                   default' '' verify --recovery --count 20 --seed 2
 row 0 'sweep: seed 2, 20 motions' '' verify --count 20 --seed 2
