@@ -134,7 +134,7 @@ VEKTA_API double getLeftMoveTime();
  * never decreasing, then section by section in time order continuity (each
  * section integrated from its start with its implied constant jerk meets its
  * end point), |jerk| <= J, |a| <= A and |v| <= V anywhere inside, then the
- * end state; last, for six axes, the common end time.
+ * end state; last, for several axes, the common end time.
  *
  * The end state is the target at rest (position mode), rest (velocity mode),
  * or, for axis 0 of a conveyor plan, the target moving with the conveyor.
@@ -155,6 +155,12 @@ VEKTA_API double getLeftMoveTime();
  * section of zero length may not change the acceleration at all, whatever
  * the limits (the sampler steps over it: what changes across it is handed
  * out as a jump). Six axes end within 1e-9 of the end time.
+ *
+ * A plan made in recovery mode has exact curves: its continuity and end
+ * position are held to 1e-9 of the motion's scale instead (the largest of its
+ * positions, the distance V covers in the plan's time and V^2 / A), and its
+ * velocities at the joins and at the end to 1e-9 of V or of the largest
+ * velocity on the curve.
  *
  * When message is not null and messageSize > 0, writes a line (no newline,
  * cut to messageSize - 1 characters and terminated) naming the axis, the

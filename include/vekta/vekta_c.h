@@ -178,6 +178,15 @@ VEKTA_API int vektaPlannerStateAt(const VektaPlanner* planner, double t, double*
  * state), -1 without a plan or for a NULL array (nothing written). */
 VEKTA_API int vektaPlannerNext(VektaPlanner* planner, double* pos, double* vel, double* acc);
 
+/* The curve of axis `axis` of the current plan, for inspection: its points
+ * (time in seconds since the update, position, velocity, acceleration), with
+ * a section of constant jerk between each two. Copies min(points, capacity)
+ * points into the arrays (any of them may be NULL) and returns how many
+ * points the curve has (1 to 13); -1 without a plan (a plan of the handle
+ * forms too), for an axis outside it or a NULL planner. */
+VEKTA_API int vektaPlannerCurve(const VektaPlanner* planner, int axis, double* time, double* pos,
+                                double* vel, double* acc, int capacity);
+
 /* ---- The handle forms of the vekta.h functions: 1 for true, 0 for false
  * (0 for a NULL planner) */
 

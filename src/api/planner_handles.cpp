@@ -110,6 +110,22 @@ int vektaPlannerNext(VektaPlanner* planner, double* pos, double* vel, double* ac
     return planner != nullptr ? vekta::planNext(planner->state, pos, vel, acc) : -1;
 }
 
+int vektaPlannerCurve(const VektaPlanner* planner, int axis, double* time, double* pos, double* vel, double* acc,
+                      int capacity) {
+    if (planner == nullptr) return -1;
+    const vekta::PlannerState& st = planner->state;
+    const bool planned = !st.planFailed && st.planMode != vekta::kNoPlanMode && st.axisCount >= 1;
+    if (!planned || axis < 0 || axis >= st.axisCount) return -1;
+    const vekta::AxisPlan& r = st.records[axis];
+    for (int i = 0; i < r.pointCount && i < capacity; ++i) {
+        if (time != nullptr) time[i] = r.secTime[i];
+        if (pos != nullptr) pos[i] = r.secPos[i];
+        if (vel != nullptr) vel[i] = r.secVel[i];
+        if (acc != nullptr) acc[i] = r.secAcc[i];
+    }
+    return r.pointCount;
+}
+
 // ---- The handle forms of the vekta.h functions
 
 int vektaPlannerPositionUpdate(VektaPlanner* planner, int n, const double* tgtPos, const double* maxVel,

@@ -41,6 +41,9 @@ constexpr double kJoinRel = 1e-6;
 // positions or velocities: a large acceleration times that rounding would
 // excuse a jump the sampler hands out.
 constexpr double kTimeEps = 1e-14;
+// Exact curves (recovery mode, the library's own calls): section joins and the
+// end within this much of the motion's own scale, not the absolute kPosAbs.
+constexpr double kExactRel = 1e-9;
 // The axes of a plan end together: relative to the end time, or absolute for short plans.
 constexpr double kEndTimeRel = 1e-9;
 constexpr double kEndTimeAbs = 1e-12;
@@ -79,7 +82,25 @@ struct JoinTolerance {
     double jerkTime;  // the rounding of the section's duration, times J
 };
 
-JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
+// An exact curve's scale: in length, its largest position, the distance its
+// velocity limit covers in the plan's time and while that velocity is reached
+// (V^2 / A); in velocity, the limit or the largest velocity on the curve.
+struct MotionScale {
+    double pos, vel;
+};
+
+MotionScale motionScale(const AxisPlan& r) {
+    const int n = r.pointCount;
+    MotionScale s{r.maxVel * r.secTime[n - 1], r.maxVel};
+    if (r.maxVel * r.maxVel / r.maxAcc > s.pos) s.pos = r.maxVel * r.maxVel / r.maxAcc;
+    for (int i = 0; i < n; ++i) {
+        if (std::fabs(r.secPos[i]) > s.pos) s.pos = std::fabs(r.secPos[i]);
+        if (std::fabs(r.secVel[i]) > s.vel) s.vel = std::fabs(r.secVel[i]);
+    }
+    return s;
+}
+
+JoinTolerance joinTolerance(const AxisPlan& r, int h, int i, const MotionScale* exact) {
     const double t = std::fabs(r.secTime[i]) * kTimeEps;
     const double a0 = std::fabs(r.secAcc[h]), a1 = std::fabs(r.secAcc[i]);
     const double v0 = std::fabs(r.secVel[h]), v1 = std::fabs(r.secVel[i]);
@@ -91,6 +112,10 @@ JoinTolerance joinTolerance(const AxisPlan& r, int h, int i) {
     tol.vel = kJoinRel * largest(r.maxVel, v0, v1);
     tol.acc = kJoinRel * largest(r.maxAcc, a0, a1);
     tol.jerkTime = t * r.maxJerk;
+    if (exact != nullptr) {
+        tol.pos = kExactRel * exact->pos;
+        tol.vel = kExactRel * exact->vel;
+    }
     return tol;
 }
 
@@ -134,11 +159,17 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
         }
         tgtVel = 0.0;
     }
+    MotionScale scale{};
+    const MotionScale* exact = nullptr;
+    if (rec.exact) {
+        scale = motionScale(r);
+        exact = &scale;
+    }
     bool accHeld = within(r.secAcc[0], A);
     bool velHeld = velocityKeepable(r.secVel[0], r.secAcc[0], V, J);
     for (int i = 1; i < n; ++i) {
         const double t0 = r.secTime[i - 1], t1 = r.secTime[i];
-        const JoinTolerance tol = joinTolerance(r, i - 1, i);
+        const JoinTolerance tol = joinTolerance(r, i - 1, i, exact);
         if (t1 < t0 - tol.time) {
             return rep.code(VEKTA_CHECK_TIME_BACK, "axis %d: time goes back from %g s to %g s at point %d", axis,
                             t0, t1, i);
@@ -186,7 +217,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
 
     const int last = n - 1;
     const double tEnd = r.secTime[last];
-    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last);
+    const JoinTolerance tol = joinTolerance(r, last > 0 ? last - 1 : 0, last, exact);
     if (!(std::fabs(r.secAcc[last]) <= tol.acc)) {
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends with acceleration %g instead of 0 at t = %g s", axis,
                         r.secAcc[last], tEnd);

@@ -146,39 +146,71 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
 }
 
 // Exact curves (AxisPlan::exact): abkSolve stops once |r| < kAbkTolerance,
-// which leaves a shape's end up to 1e-5 from its target, and a root good to
-// that is fine for choosing and timing a shape but not for where a curve ends
-// (by default the last point is then stored on the target: a position step
-// in the last period). So an exact curve's root is refined further with the
-// root finder's own secant step through the same residual, step after step
-// for as long as each makes |r| smaller, until r is zero or a step gains
-// nothing: the end then meets the target to the rounding of the residual
-// itself. The first slope is taken over a short probe (kRefineProbe of the
-// bracket) from the root; every step stays inside [lo, hi].
+// which leaves a shape's end up to 1e-5 from its target; a root good to that
+// is fine for choosing and timing a shape, not for where a curve ends (by
+// default the last point is then stored on the target: a position step in the
+// last period). So an exact curve's root is refined further through the same
+// residual with the root finder's own two steps, more iterations: secant
+// steps from the root while each makes |r| smaller; once two trials have
+// residuals of opposite signs, regula falsi inside that bracket (the end kept
+// twice has its residual halved, bisection where a step would leave the
+// bracket) until r is zero or the bracket is two neighbouring doubles. The
+// end then meets the target to the rounding of the residual itself. The
+// first slope is taken over a short probe (kRefineProbe of the bracket),
+// lengthened kRefineWiden times over while it does not move the end (a
+// shape that starts from rest moves its end by the cube of a tiny peak); no
+// trial leaves [lo, hi]; the trial with the smallest |r| is returned.
 constexpr double kRefineProbe = 1e-9;
-constexpr int kRefineSteps = 8;
+constexpr double kRefineWiden = 16.0;
+constexpr int kRefineSecantSteps = 24;
+constexpr int kRefineBracketSteps = 100;
 
 template <typename Residual>
 double refineRoot(const Residual& residual, double x, double lo, double hi) {
     const double left = lo < hi ? lo : hi, right = lo < hi ? hi : lo;
     double fx = residual(x);
     if (!(std::fabs(fx) > 0.0)) return x;  // on the root already, or no number to improve
-    const double probe = (right - left) * kRefineProbe;
-    double y = x + (x - left < right - x ? probe : -probe);
-    double fy = residual(y);
     double best = x, fBest = fx;
-    if (std::fabs(fy) < std::fabs(fBest)) best = y, fBest = fy;
-    for (int step = 0; step < kRefineSteps && fBest != 0.0; ++step) {
-        const double slope = (fy - fx) / (y - x);
-        if (!(std::fabs(slope) > 0.0) || !std::isfinite(slope)) break;
-        double z = y - fy / slope;
+    const double probe = (right - left) * kRefineProbe;
+    double a = x, fa = fx;
+    double b = x + (x - left < right - x ? probe : -probe), fb = residual(b);
+    // Secant steps (b the newest trial) while they gain and find no sign change.
+    for (int step = 0; step < kRefineSecantSteps; ++step) {
+        if (std::fabs(fb) < std::fabs(fBest)) best = b, fBest = fb;
+        if (fBest == 0.0 || (fa < 0.0) != (fb < 0.0)) break;
+        const double slope = (fb - fa) / (b - a);
+        if (slope == 0.0) {  // a probe too short to move the end: a longer one
+            double wider = a + (b - a) * kRefineWiden;
+            wider = wider < left ? left : (wider > right ? right : wider);
+            if (wider == b) return best;
+            b = wider, fb = residual(b);
+            continue;
+        }
+        if (!std::isfinite(slope)) return best;
+        double z = b - fb / slope;
         z = z < left ? left : (z > right ? right : z);
-        if (z == x || z == y) break;
+        if (z == a || z == b) return best;
         const double fz = residual(z);
-        if (!(std::fabs(fz) < std::fabs(fBest))) break;
-        best = z, fBest = fz;
-        x = y, fx = fy;
-        y = z, fy = fz;
+        if (!(std::fabs(fz) < std::fabs(fBest)) && (fz < 0.0) == (fb < 0.0)) return best;  // no gain, no bracket
+        a = b, fa = fb;
+        b = z, fb = fz;
+    }
+    if (fBest == 0.0 || (fa < 0.0) == (fb < 0.0) || std::isnan(fa) || std::isnan(fb)) return best;
+    // Regula falsi in the bracket [a, b] (either order), b the newest trial.
+    for (int step = 0; step < kRefineBracketSteps; ++step) {
+        double z = b - fb * (b - a) / (fb - fa);
+        const double low = a < b ? a : b, high = a < b ? b : a;
+        if (!(z > low && z < high)) z = low + (high - low) / 2.0;
+        if (z <= low || z >= high) break;  // the ends are neighbouring doubles
+        const double fz = residual(z);
+        if (std::fabs(fz) < std::fabs(fBest)) best = z, fBest = fz;
+        if (!(std::fabs(fz) > 0.0)) break;
+        if ((fz < 0.0) != (fb < 0.0)) {
+            a = b, fa = fb;
+        } else {
+            fa *= 0.5;  // the same end kept again: pull the next step towards it
+        }
+        b = z, fb = fz;
     }
     return best;
 }

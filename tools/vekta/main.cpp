@@ -27,6 +27,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,7 @@
 #include "sweep.h"
 #include "trajectory.h"
 #include "vekta/vekta.h"
+#include "vekta/vekta_c.h"
 
 namespace vekta::cli {
 namespace {
@@ -250,6 +252,10 @@ const char* const kClassName[kClasses] = {"rest", "moving inside the limits", "b
 
 struct ModeTally {
     long motions = 0, planned = 0, refused = 0, passing = 0, invalidSuccess = 0;
+    // The worst section join and end of the plans, relative to the motion's
+    // scale (its largest position, V times its time, V^2 / A): every section
+    // integrated from its start with its implied jerk against the next point.
+    double worstJoin = 0.0, worstEnd = 0.0;
     void add(bool ok) {
         const int code = vektaCheckPlan(nullptr, 0);
         motions += 1;
@@ -265,16 +271,51 @@ bool conveyorCatchUp(const sweep::Motion& m) {
                                            0.01);
 }
 
+// Measure the joins of every axis's curve of the shadow planner's plan.
+void measureJoins(const VektaPlanner* shadow, int axes, double maxVel, double maxAcc, ModeTally& t) {
+    for (int axis = 0; axis < axes; ++axis) {
+        double time[16], pos[16], vel[16], acc[16];
+        const int n = vektaPlannerCurve(shadow, axis, time, pos, vel, acc, 16);
+        if (n < 1 || n > 16) return;
+        double scale = std::max(maxVel * time[n - 1], maxVel * maxVel / maxAcc);
+        for (int i = 0; i < n; ++i) scale = std::max(scale, std::fabs(pos[i]));
+        for (int i = 1; i < n; ++i) {
+            const double dt = time[i] - time[i - 1];
+            const double jerk = dt > 0.0 ? (acc[i] - acc[i - 1]) / dt : 0.0;
+            const double end = pos[i - 1] + vel[i - 1] * dt + acc[i - 1] * dt * dt / 2.0 + jerk * dt * dt * dt / 6.0;
+            const double miss = std::fabs(end - pos[i]) / scale;
+            t.worstJoin = std::max(t.worstJoin, miss);
+            if (i == n - 1) t.worstEnd = std::max(t.worstEnd, miss);
+        }
+    }
+}
+
+// Plan motion m on the shadow planner in the mode given and measure its joins.
+void measureMotion(VektaPlanner* shadow, const sweep::Motion& m, int c, bool recovery, ModeTally& t) {
+    vektaPlannerSetRecovery(shadow, recovery ? 1 : 0);
+    const bool ok = c == kConveyor
+                        ? vektaPlannerConveyorUpdate(shadow, m.axes, 0.1 * m.maxVel[0], 50.0, m.tgt, m.maxVel,
+                                                     m.maxAcc, m.jerkRatio, 0.01)
+                    : m.mode == sweep::Mode::Position
+                        ? vektaPlannerPositionUpdate(shadow, m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos,
+                                                     m.vel, m.acc)
+                        : vektaPlannerVelocityUpdate(shadow, m.axes, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel,
+                                                     m.acc);
+    if (ok) measureJoins(shadow, m.axes, m.maxVel[0], m.maxAcc[0], t);
+}
+
 void printModes(std::FILE* out, const ModeTally (&t)[kClasses][2]) {
-    std::fprintf(out, "\n%-26s %-9s %9s %9s %9s %11s %16s\n", "class", "mode", "motions", "planned", "refused",
-                 "pass check", "invalid+success");
+    std::fprintf(out, "\n%-26s %-9s %9s %9s %9s %11s %16s %11s %11s\n", "class", "mode", "motions", "planned",
+                 "refused", "pass check", "invalid+success", "worst join", "worst end");
     for (int c = 0; c < kClasses; ++c) {
         for (int r = 0; r < 2; ++r) {
             const ModeTally& x = t[c][r];
-            std::fprintf(out, "%-26s %-9s %9ld %9ld %9ld %11ld %16ld\n", r == 0 ? kClassName[c] : "",
-                         r ? "recovery" : "default", x.motions, x.planned, x.refused, x.passing, x.invalidSuccess);
+            std::fprintf(out, "%-26s %-9s %9ld %9ld %9ld %11ld %16ld %11.1e %11.1e\n", r == 0 ? kClassName[c] : "",
+                         r ? "recovery" : "default", x.motions, x.planned, x.refused, x.passing, x.invalidSuccess,
+                         x.worstJoin, x.worstEnd);
         }
     }
+    std::fprintf(out, "(joins: each section integrated from its start point, relative to the motion's scale)\n");
 }
 
 int replayCase(const VerifyOptions& v, std::uint64_t seed, std::uint64_t index) {
@@ -319,6 +360,10 @@ int verify(const VerifyOptions& v) {
     ProgressBar bar(count, !v.noProgress && isatty(STDERR_FILENO) != 0);
     long failing = 0;
     ModeTally modes[kClasses][2];
+    // The joins are measured on a planner of the tool's own planning every
+    // motion once more in each mode (the curves of the default planner are
+    // not to be read).
+    std::unique_ptr<VektaPlanner, void (*)(VektaPlanner*)> shadow(vektaPlannerCreate(), vektaPlannerDestroy);
     {
         sweep::QuietStdout quiet;
         for (std::uint64_t i = 0; i < count; ++i) {
@@ -330,6 +375,10 @@ int verify(const VerifyOptions& v) {
                 modes[kConveyor][0].add(conveyorCatchUp(m));
                 vektaSetRecovery(true);
                 modes[kConveyor][1].add(conveyorCatchUp(m));
+                for (int r = 0; r < 2; ++r) {
+                    measureMotion(shadow.get(), m, c, r == 1, modes[c][r]);
+                    measureMotion(shadow.get(), m, kConveyor, r == 1, modes[kConveyor][r]);
+                }
             }
             const sweep::Outcome o = sweep::runMotion(m);
             if (v.recovery) {
