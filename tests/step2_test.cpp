@@ -162,6 +162,16 @@ TEST(Step2, TheTreePicksEveryScenariosShapeAndItsSolverSynchronisesIt) {
             EXPECT_EQ(mir.secVel[i], -rec.secVel[i]) << i;
             EXPECT_EQ(mir.secPos[i], -rec.secPos[i]) << i;
         }
+
+        // An exact curve (recovery mode, the library's own calls): the root
+        // refined until every section, the last one too, meets its point.
+        AxisPlan exact = build(sc, 1.0, &pts);
+        exact.exact = true;
+        auto ste = freshState();
+        ASSERT_TRUE(classifyAndSolve(*ste, exact, &printed));
+        EXPECT_EQ(exact.step2Profile, sc.profile);
+        const CurveReport rep = expectPhysicalCurve(exact, true, CurveTolerance{1e-12, 1e-9});
+        EXPECT_NEAR(rep.endPos, exact.tgtPos, 1e-12);
     }
 }
 
