@@ -82,21 +82,20 @@ struct JoinTolerance {
     double jerkTime;  // the rounding of the section's duration, times J
 };
 
-// An exact curve's scale: in length, its largest position, the distance its
-// velocity limit covers in the plan's time and while that velocity is reached
-// (V^2 / A); in velocity, the limit or the largest velocity on the curve.
+// An exact curve's scale: in length, the larger of its start and end
+// positions, the distance its velocity limit covers in the plan's time and
+// while that velocity is reached (V^2 / A); in velocity, the limit or the
+// start's velocity when that is beyond it (the curve brings it back).
 struct MotionScale {
     double pos, vel;
 };
 
 MotionScale motionScale(const AxisPlan& r) {
-    const int n = r.pointCount;
-    MotionScale s{r.maxVel * r.secTime[n - 1], r.maxVel};
-    if (r.maxVel * r.maxVel / r.maxAcc > s.pos) s.pos = r.maxVel * r.maxVel / r.maxAcc;
-    for (int i = 0; i < n; ++i) {
-        if (std::fabs(r.secPos[i]) > s.pos) s.pos = std::fabs(r.secPos[i]);
-        if (std::fabs(r.secVel[i]) > s.vel) s.vel = std::fabs(r.secVel[i]);
-    }
+    const int last = r.pointCount - 1;
+    const double V = r.maxVel;
+    MotionScale s{V * r.secTime[last], std::fabs(r.secVel[0]) > V ? std::fabs(r.secVel[0]) : V};
+    const double ends[3] = {V * V / r.maxAcc, std::fabs(r.secPos[0]), std::fabs(r.secPos[last])};
+    for (const double e : ends) s.pos = e > s.pos ? e : s.pos;
     return s;
 }
 

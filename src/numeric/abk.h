@@ -151,39 +151,59 @@ bool abkSolveWith(AxisPlan& rec, const Residual& residual, double* out, double l
 // default the last point is then stored on the target: a position step in the
 // last period). So an exact curve's root is refined further through the same
 // residual with the root finder's own two steps, more iterations: secant
-// steps from the root while each makes |r| smaller; once two trials have
-// residuals of opposite signs, regula falsi inside that bracket (the end kept
-// twice has its residual halved, bisection where a step would leave the
-// bracket) until r is zero or the bracket is two neighbouring doubles. The
-// end then meets the target to the rounding of the residual itself. The
-// first slope is taken over a short probe (kRefineProbe of the bracket),
-// lengthened kRefineWiden times over while it does not move the end (a
-// shape that starts from rest moves its end by the cube of a tiny peak); no
-// trial leaves [lo, hi]; the trial with the smallest |r| is returned.
+// steps from the root and the search's newest other trial while they gain;
+// once two trials have residuals of opposite signs, regula falsi inside that
+// bracket (the end kept twice has its residual halved, bisection where a step
+// would leave the bracket); until |r| is down to `good` (the rounding of the
+// residual itself) or the bracket is two neighbouring doubles. No trial
+// leaves [lo, hi]; the trial with the smallest |r| is returned. Where the
+// search left no other trial, the first slope is taken over a short probe
+// (kRefineProbe of the bracket), lengthened kRefineWiden times over while it
+// does not move the end (a shape from rest moves its end by the cube of a
+// tiny peak).
 constexpr double kRefineProbe = 1e-9;
 constexpr double kRefineWiden = 16.0;
 constexpr int kRefineSecantSteps = 24;
 constexpr int kRefineBracketSteps = 100;
 
+// The two newest trials of a search.
+struct RootTrail {
+    int n = 0;
+    double x[2] = {}, f[2] = {};  // [n - 1 & 1] is the newest
+    void push(double t, double r) {
+        x[n & 1] = t;
+        f[n & 1] = r;
+        ++n;
+    }
+};
+
 template <typename Residual>
-double refineRoot(const Residual& residual, double x, double lo, double hi) {
+double refineRoot(const Residual& residual, const RootTrail& trail, double x, double lo, double hi, double good) {
     const double left = lo < hi ? lo : hi, right = lo < hi ? hi : lo;
-    double fx = residual(x);
-    if (!(std::fabs(fx) > 0.0)) return x;  // on the root already, or no number to improve
+    const int newest = (trail.n - 1) & 1, older = trail.n & 1;
+    // The root is usually one of the two newest trials, its residual known.
+    const int at = trail.n >= 1 && trail.x[newest] == x ? newest : (trail.n >= 2 && trail.x[older] == x ? older : -1);
+    const double fx = at >= 0 ? trail.f[at] : residual(x);
+    if (!(std::fabs(fx) > good)) return x;  // good already, or no number to improve
     double best = x, fBest = fx;
-    const double probe = (right - left) * kRefineProbe;
-    double a = x, fa = fx;
-    double b = x + (x - left < right - x ? probe : -probe), fb = residual(b);
-    // Secant steps (b the newest trial) while they gain and find no sign change.
+    double a, fa;
+    const int other = at == newest ? older : newest;
+    if (trail.n >= 2 && trail.x[other] != x && std::isfinite(trail.f[other])) {
+        a = trail.x[other], fa = trail.f[other];
+    } else {
+        a = x + (x - left < right - x ? 1.0 : -1.0) * (right - left) * kRefineProbe, fa = residual(a);
+    }
+    double b = x, fb = fx;  // b: the newest trial
+    // Secant steps while they gain and find no sign change.
     for (int step = 0; step < kRefineSecantSteps; ++step) {
-        if (std::fabs(fb) < std::fabs(fBest)) best = b, fBest = fb;
-        if (fBest == 0.0 || (fa < 0.0) != (fb < 0.0)) break;
+        if (std::fabs(fa) < std::fabs(fBest)) best = a, fBest = fa;
+        if (!(std::fabs(fBest) > good) || (fa < 0.0) != (fb < 0.0)) break;
         const double slope = (fb - fa) / (b - a);
         if (slope == 0.0) {  // a probe too short to move the end: a longer one
-            double wider = a + (b - a) * kRefineWiden;
+            double wider = b + (a - b) * kRefineWiden;
             wider = wider < left ? left : (wider > right ? right : wider);
-            if (wider == b) return best;
-            b = wider, fb = residual(b);
+            if (wider == a) return best;
+            a = wider, fa = residual(a);
             continue;
         }
         if (!std::isfinite(slope)) return best;
@@ -192,10 +212,11 @@ double refineRoot(const Residual& residual, double x, double lo, double hi) {
         if (z == a || z == b) return best;
         const double fz = residual(z);
         if (!(std::fabs(fz) < std::fabs(fBest)) && (fz < 0.0) == (fb < 0.0)) return best;  // no gain, no bracket
+        if (std::fabs(fz) < std::fabs(fBest)) best = z, fBest = fz;
         a = b, fa = fb;
         b = z, fb = fz;
     }
-    if (fBest == 0.0 || (fa < 0.0) == (fb < 0.0) || std::isnan(fa) || std::isnan(fb)) return best;
+    if (!(std::fabs(fBest) > good) || (fa < 0.0) == (fb < 0.0) || std::isnan(fa) || std::isnan(fb)) return best;
     // Regula falsi in the bracket [a, b] (either order), b the newest trial.
     for (int step = 0; step < kRefineBracketSteps; ++step) {
         double z = b - fb * (b - a) / (fb - fa);
@@ -204,7 +225,7 @@ double refineRoot(const Residual& residual, double x, double lo, double hi) {
         if (z <= low || z >= high) break;  // the ends are neighbouring doubles
         const double fz = residual(z);
         if (std::fabs(fz) < std::fabs(fBest)) best = z, fBest = fz;
-        if (!(std::fabs(fz) > 0.0)) break;
+        if (!(std::fabs(fz) > good)) break;
         if ((fz < 0.0) != (fb < 0.0)) {
             a = b, fa = fb;
         } else {
@@ -214,6 +235,26 @@ double refineRoot(const Residual& residual, double x, double lo, double hi) {
     }
     return best;
 }
+
+// abkSolveWith for an exact curve: the same search, remembering its two
+// newest trials, then the root refined from them. `good`: the residual that
+// is down to the rounding of its own arithmetic.
+template <typename Residual>
+[[gnu::always_inline]] inline bool abkSolveExact(AxisPlan& rec, const Residual& residual, double* out, double lo, double hi, double good) {
+    RootTrail trail;
+    const auto traced = [&residual, &trail](double t) __attribute__((always_inline)) {
+        const double r = residual(t);
+        trail.push(t, r);
+        return r;
+    };
+    if (!abkSolveWith(rec, traced, out, lo, hi)) return false;
+    *out = refineRoot(residual, trail, *out, lo, hi, good);
+    return true;
+}
+
+// The residual of an end position that is the rounding of positions of this
+// size: a few units in their last place.
+inline double roundingOf(double size) { return std::fabs(size) * 0x1p-46; }
 
 }  // namespace VEKTA_COPY
 }  // namespace vekta

@@ -516,8 +516,13 @@ bool solveStep1PLNT(AxisPlan& rec) {
     }
     double x = 0.0;
     const auto residual = [&rec](double t) { return residualPLNT(rec, &t); };
-    if (!abkSolveWith(rec, residual, &x, lo, hi)) return false;
-    if (rec.exact) x = refineRoot(residual, x, lo, hi);
+    // Exact: the scaled residual is good once it is the rounding of the
+    // positions, in its unit (rec.coefCache[10] is its gain).
+    const bool found =
+        rec.exact ? abkSolveExact(rec, residual, &x, lo, hi,
+                                  roundingOf(std::fmax(std::fabs(p), std::fabs(rec.tgtPos))) * residualGain(rec))
+                  : abkSolveWith(rec, residual, &x, lo, hi);
+    if (!found) return false;
 
     const double t1 = (x - a) / J;
     const double t2 = (x + A) / J;

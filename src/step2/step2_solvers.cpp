@@ -251,16 +251,23 @@ double zeroShapeResidual(AxisPlan& rec, double x) {
     return finishShape(rec, w);
 }
 
+// An exact curve's end is good once it misses the target by the rounding of
+// the positions it is made of.
+double endRounding(const AxisPlan& rec) {
+    return roundingOf(std::fabs(rec.tgtPos) > std::fabs(rec.curPos) ? rec.tgtPos : rec.curPos);
+}
+
 // The common tail of every solver: find the root, write the shape for it.
 template <typename Residual>
 bool solveAndWrite(AxisPlan& rec, const Residual& residual, double lo, double hi,
                    const char* errorLine) {
     double x = 0.0;
-    if (!abkSolveWith(rec, residual, &x, lo, hi)) {
+    const bool found = rec.exact ? abkSolveExact(rec, residual, &x, lo, hi, endRounding(rec))
+                                 : abkSolveWith(rec, residual, &x, lo, hi);
+    if (!found) {
         printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
-    if (rec.exact) x = refineRoot(residual, x, lo, hi);
     rec.writeSections = 1;
     residual(x);
     return true;
@@ -281,11 +288,12 @@ bool solveZeroShape(AxisPlan& rec, double lo, double hi, const char* errorLine) 
         return w.p - rec.tgtPos;
     };
     double x = 0.0;
-    if (!abkSolveWith(rec, trial, &x, lo, hi)) {
+    const bool found = rec.exact ? abkSolveExact(rec, trial, &x, lo, hi, endRounding(rec))
+                                 : abkSolveWith(rec, trial, &x, lo, hi);
+    if (!found) {
         printTo(rec.sink, "%s\n", errorLine);
         return false;
     }
-    if (rec.exact) x = refineRoot(trial, x, lo, hi);
     ShapePoints points;
     points.n = 0;
     ShapeWalk w{0.0, rec.curAcc, rec.curVel, rec.curPos, &points, CubeMemo{}};
