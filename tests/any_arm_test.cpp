@@ -127,7 +127,7 @@ TEST(AnyArm, EveryArmAndPeriodPlansPhysicalCurvesSampledAlikeByNextStateAtAndSam
             EXPECT_LT((k - 1) * period, end);
             ASSERT_EQ(vektaPlannerStateAt(next.p, end + 1.0, p, v, acc), 0);
             for (int i = 0; i < axes; ++i) {
-                EXPECT_NEAR(p[i], a.target[i], 1e-15 * 8.0) << "axis " << i;
+                EXPECT_NEAR(p[i], a.target[i], 1e-12) << "axis " << i;
                 EXPECT_TRUE(v[i] == 0.0 && acc[i] == 0.0);
             }
         }
