@@ -54,5 +54,7 @@ for example in "$work"/src/examples/*.py; do
 done
 
 (cd "$work/src" && quietly "$venv_python" -m pip wheel --no-build-isolation --wheel-dir "$work/wheels" .)
-"$venv_python" -m zipfile -l "$work"/wheels/vekta-*.whl | grep -q "vekta/py.typed"
-echo "pip wheel: $(basename "$work"/wheels/vekta-*.whl)"
+wheel=$(echo "$work"/wheels/vekta-*.whl)
+"$venv_python" -c "import sys, zipfile; names = zipfile.ZipFile(sys.argv[1]).namelist(); \
+assert {'vekta/py.typed', 'vekta/_vekta.pyi', 'vekta/__init__.py'} <= set(names), names" "$wheel"
+echo "pip wheel: $(basename "$wheel")"
