@@ -14,6 +14,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -35,7 +36,7 @@ namespace {
 constexpr double kDefaultPeriod = 0.005;
 // vekta.h: the conveyor update refuses a spare time below this, without a word.
 constexpr double kMinConveyorSpare = 0.002;
-// The most values sample() returns in one array: about 400 MB.
+// The most values sample() returns in one array (400 MB; three such arrays).
 constexpr double kMostSampledValues = 5e7;
 
 using AxisValues = std::array<double, VEKTA_MAX_AXES>;
@@ -157,11 +158,18 @@ int perAxis(py::handle x, const std::string& name, AxisValues& out, int axes, co
     return n;
 }
 
-// An array the module owns handed to numpy without a copy.
-py::array_t<double> toArray(std::vector<double>&& values, std::vector<py::ssize_t> shape) {
-    auto* owned = new std::vector<double>(std::move(values));
-    py::capsule owner(owned, [](void* p) { delete static_cast<std::vector<double>*>(p); });
-    return py::array_t<double>(std::move(shape), owned->data(), owner);
+// Values for numpy, left uninitialised until the library writes every one.
+struct Buffer {
+    std::unique_ptr<double[]> values{new double[0]};
+    void resize(size_t n) { values.reset(new double[n]); }
+    double* at(size_t i) { return values.get() + i; }
+};
+
+// A buffer handed to numpy without a copy.
+py::array_t<double> toArray(Buffer&& buffer, std::vector<py::ssize_t> shape) {
+    double* owned = buffer.values.release();
+    py::capsule owner(owned, [](void* p) { delete[] static_cast<double*>(p); });
+    return py::array_t<double>(std::move(shape), owned, owner);
 }
 
 py::array_t<double> toArray(const double* values, int n) {
@@ -310,12 +318,12 @@ public:
             }
         }
         const auto k = static_cast<py::ssize_t>(times.size());
-        std::vector<double> pos, vel, acc;
+        Buffer pos, vel, acc;
         const int axes = withPlanner([&](VektaPlanner* p) {
             const int n = vektaPlannerAxes(p);
             pos.resize(times.size() * n), vel.resize(times.size() * n), acc.resize(times.size() * n);
             for (size_t i = 0; i < times.size() && n > 0; ++i) {
-                vektaPlannerStateAt(p, times[i], &pos[i * n], &vel[i * n], &acc[i * n]);
+                vektaPlannerStateAt(p, times[i], pos.at(i * n), vel.at(i * n), acc.at(i * n));
             }
             return n;
         });
@@ -339,7 +347,8 @@ public:
     }
 
     py::tuple sample() {
-        std::vector<double> t, pos, vel, acc;
+        Buffer t, pos, vel, acc;
+        size_t rows = 0;
         double duration = 0.0, period = 0.0;
         int axes = 0;
         withPlanner([&](VektaPlanner* p) {
@@ -354,21 +363,21 @@ public:
             while ((last - 1.0) * period >= duration && last > 1.0) last -= 1.0;
             while (last * period < duration) last += 1.0;
             if (axes == 0 || (last + 1.0) * axes > kMostSampledValues) return;
-            const auto rows = static_cast<size_t>(last) + 1;
+            rows = static_cast<size_t>(last) + 1;
             t.resize(rows), pos.resize(rows * axes), vel.resize(rows * axes), acc.resize(rows * axes);
             for (size_t i = 0; i < rows; ++i) {
-                t[i] = static_cast<double>(static_cast<int>(i)) * period;
-                vektaPlannerStateAt(p, t[i], &pos[i * axes], &vel[i * axes], &acc[i * axes]);
+                *t.at(i) = static_cast<double>(static_cast<int>(i)) * period;
+                vektaPlannerStateAt(p, *t.at(i), pos.at(i * axes), vel.at(i * axes), acc.at(i * axes));
             }
         });
         if (axes == 0) noPlan();
-        if (t.empty()) {
+        if (rows == 0) {
             throw py::value_error("the motion lasts " + std::to_string(duration) +
                                   " s: too many periods for sample(); take its states with state_at in pieces");
         }
-        const auto rows = static_cast<py::ssize_t>(t.size());
-        return py::make_tuple(toArray(std::move(t), {rows}), toArray(std::move(pos), {rows, axes}),
-                              toArray(std::move(vel), {rows, axes}), toArray(std::move(acc), {rows, axes}));
+        const auto k = static_cast<py::ssize_t>(rows);
+        return py::make_tuple(toArray(std::move(t), {k}), toArray(std::move(pos), {k, axes}),
+                              toArray(std::move(vel), {k, axes}), toArray(std::move(acc), {k, axes}));
     }
 
     double duration() { return withPlanner([](VektaPlanner* p) { return vektaPlannerDuration(p); }); }
