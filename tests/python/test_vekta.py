@@ -94,6 +94,7 @@ def test_motion(n, period, call, seed):
 
 
 P7 = draw(7, 9)
+MOVE = args("move", P7)[:4]
 
 
 def long_motion():
@@ -101,7 +102,7 @@ def long_motion():
     p.move([1e3], [1e-3], [1.0], [1.0])  # a million seconds
     return p
 
-MOVE = args("move", P7)[:4]
+
 FAILURES = [  # call on a planner holding a plan, error, message, whether the plan is gone
     (lambda p: vekta.Planner(period=0), ValueError, r"^period is 0 s, it must be from 0.0001 to 1 s$", False),
     (lambda p: vekta.Planner("0.005"), TypeError, r"^period must be a real number, not a string$", False),
