@@ -190,6 +190,13 @@ def test_package_is_typed_documented_and_versioned():
                if isinstance(f, ast.FunctionDef)}
     public = {name for name in dir(vekta.Planner) if not name.startswith("_")}
     assert public == set(stubbed) - {"__init__"} and vekta.Planner.__doc__
+    p, lines = vekta.Planner(), []  # the switches: each planning call's lines go to the output
+    p.output, p.recovery, p.trace = lines.append, True, True
+    p.position([0.0], [1.0], [4.0], 10.0, [0.0], vel=[0.3])
+    p.move([1.0], [1.0], [4.0], [40.0])
+    p.output = None
+    p.move([1.0], [1.0], [4.0], [40.0])
+    assert (p.recovery, p.trace, len(lines)) == (True, True, 2) and all(x.startswith("step1 start") for x in lines)
     for name in public:  # the signature and the stub agree, each is documented
         member = getattr(vekta.Planner, name)
         if callable(member):
