@@ -48,7 +48,8 @@ class CMakeBuild(build_ext):
             pass  # CMake looks for pybind11-dev's package itself
         subprocess.run(configure, check=True)
         if not (build / "python" / "cmake_install.cmake").exists():
-            sys.exit(f"vekta: CMake found no pybind11 for {sys.executable} (Debian: apt install pybind11-dev python3-dev)")
+            sys.exit(f"vekta: CMake found no pybind11 for {sys.executable} "
+                     "(Debian: apt install pybind11-dev python3-dev)")
         command = ["cmake", "--build", str(build), "--target", ext.target]
         if self.parallel or "CMAKE_BUILD_PARALLEL_LEVEL" not in os.environ:
             command += ["-j", str(self.parallel or os.cpu_count() or 1)]

@@ -151,8 +151,8 @@ int perAxis(py::handle x, const std::string& name, AxisValues& out, int axes, co
                               std::to_string(VEKTA_MAX_AXES) + " axes");
     }
     if (axes != 0 && n != axes) {
-        throw py::value_error(name + " has " + std::to_string(n) + (n == 1 ? " value, " : " values, ") + counted + " has " +
-                              std::to_string(axes) + ": give one per axis");
+        throw py::value_error(name + " has " + std::to_string(n) + (n == 1 ? " value, " : " values, ") + counted +
+                              " has " + std::to_string(axes) + ": give one per axis");
     }
     std::copy(values.begin(), values.end(), out.begin());
     return n;
@@ -450,7 +450,9 @@ private:
             f();
         } catch (...) {
             // An axis count the library refuses: its documented way to no plan.
-            withPlanner([](VektaPlanner* p) { vektaPlannerMove(p, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr); });
+            withPlanner([](VektaPlanner* p) {
+                vektaPlannerMove(p, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+            });
             throw;
         }
     }

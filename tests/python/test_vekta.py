@@ -68,7 +68,8 @@ def test_motion(n, period, call, seed):
     d, p, q = draw(n, seed), vekta.Planner(period=period), vekta.Planner(period)
     for planner in (p, q):
         getattr(planner, "move" if call == "rest" else call)(*args(call, d))
-    assert (p.axes, p.period, repr(p)) == (n, period, f"<vekta.Planner axes={n} period={period!r} duration={p.duration!r}>")
+    assert (p.axes, p.period) == (n, period)
+    assert repr(p) == f"<vekta.Planner axes={n} period={period!r} duration={p.duration!r}>"
     assert p.minimum_times.shape == (n,) and p.minimum_times.max() == pytest.approx(p.duration, rel=1e-6)
     t, pos, vel, acc = p.sample()
     assert np.array_equal(t, np.arange(len(t)) * period) and t[-2] < p.duration <= t[-1]
@@ -112,21 +113,21 @@ FAILURES = [  # call on a planner holding a plan, error, message, whether the pl
     (lambda p: p.move([None] * 7, *MOVE[1:]), TypeError, r"^target must be real numbers, not NoneType$", True),
     (lambda p: p.move(*MOVE, vel=[True] * 7), TypeError, r"^vel must be real numbers, not bool$", True),
     (lambda p: p.move(*MOVE, pos=np.zeros((7, 1))), ValueError, r"^pos must be a flat .* not shape \(7, 1\)$", True),
-    (lambda p: p.move([0.0] * 17, *[[1.0] * 17] * 3), ValueError, r"^target has 17 values; a planner takes 1 to 16", True),
+    (lambda p: p.move(*[[1.0] * 17] * 4), ValueError, r"^target has 17 values; a planner takes 1 to 16", True),
     (lambda p: p.move([], [], [], []), ValueError, r"^target has 0 values", True),
-    (lambda p: p.move(*MOVE[:3], [1.0] * 6), ValueError, r"^max_jerk has 6 values, target has 7: give one per axis$", True),
+    (lambda p: p.move(*MOVE[:3], [1.0] * 6), ValueError, r"^max_jerk has 6 values, target has 7: give one", True),
     (lambda p: p.stop(*MOVE[1:], pos=[0.0]), ValueError, r"^max_vel has 7 values, pos has 1", True),
     (lambda p: p.move(*MOVE[:3], np.r_[MOVE[3][:3], -1, MOVE[3][4:]]), ValueError,
      r"^axis 3: maxJerk is -1, it must be a positive finite number$", True),
     (lambda p: p.move(np.r_[np.nan, MOVE[0][1:]], *MOVE[1:]), ValueError, r"^axis 0: target is nan, it must be", True),
-    (lambda p: p.catch_up(0.5, 0.6, *MOVE), vekta.VektaError, r"^conveyor: the catch-up takes .* not before the limit 0.6$", True),
-    (lambda p: p.move([1.0], [1e300], [1e300], [1e-300]), vekta.VektaError, r"^axis 0: no step-1 motion profile found", True),
+    (lambda p: p.catch_up(0.5, 0.6, *MOVE), vekta.VektaError, r"^conveyor: the catch-up takes .* limit 0.6$", True),
+    (lambda p: p.move([1.0], [1e300], [1e300], [1e-300]), vekta.VektaError, r"^axis 0: no step-1 motion profile", True),
     (lambda p: p.move([1e300], [1.0], [1.0], [1.0]), vekta.VektaError, r"^the plan check refused the plan: axis 0", True),
     (lambda p: p.conveyor(0.25, 2.0, [0.4] * 6, [1.0] * 6, [4.0] * 6, 8.0, spare=0.0), ValueError,
      r"^spare is 0.0 s; the conveyor update refuses a spare below 0.002 s$", True),
     (lambda p: p.conveyor(0.5, 0.6, [0.5] * 6, [1.0] * 6, [4.0] * 6, 10.0), vekta.VektaError,
      r"^vekta: failed to catch up with conveyor.*; plan check: conveyor", True),
-    (lambda p: p.position([0.0] * 3, [1.0] * 3, [4.0] * 3, 10.0, [0.0] * 3), ValueError, r"position\(\) takes 1 or 6", True),
+    (lambda p: p.position(*[[1.0] * 3] * 3, 10.0, [0.0] * 3), ValueError, r"position\(\) takes 1 or 6", True),
     (lambda p: p.move(*MOVE[:3]), TypeError, r"^move\(\) missing required argument 'max_jerk'$", False),
     (lambda p: p.move(*MOVE, speed=1), TypeError, r"^move\(\) got an unexpected keyword argument 'speed'$", False),
     (lambda p: p.state_at("1.5"), TypeError, r"^t must be real numbers, not a string$", False),
@@ -145,8 +146,9 @@ def test_failure(call, error, message, gone):
     with pytest.raises(error, match=message) as raised:
         call(p)
     assert "\n" not in str(raised.value) and len(str(raised.value)) < 200
-    if error is vekta.VektaError:
-        status = vekta.NO_PROFILE if "profile" in message else vekta.PLAN_REFUSED if "refused" in message else vekta.CONVEYOR_OUT_OF_REACH
+    if error is vekta.VektaError:  # the status names the kind of failure
+        kinds = {"profile": vekta.NO_PROFILE, "refused": vekta.PLAN_REFUSED, "conveyor": vekta.CONVEYOR_OUT_OF_REACH}
+        status = next(kinds[k] for k in kinds if k in message)
         assert (raised.value.status, raised.value.reason) == (status, str(raised.value))
     assert (p.duration == 0.0, p.axes == 0) == (gone, gone)
     if gone:
