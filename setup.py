@@ -1,4 +1,4 @@
-"""The compiled part of the Python package, built by the project's CMake build.
+"""The compiled module of the Python package, built by the project's CMake build.
 
 pip (through pyproject.toml) runs build_ext, which configures this project for
 the building interpreter with the tests, tools and benchmarks off, builds the

@@ -1,4 +1,4 @@
-// The compiled part of the Python package `vekta` (vekta._vekta): vekta.Planner
+// The compiled module of the Python package `vekta` (vekta._vekta): vekta.Planner
 // over a planner handle of vekta_c.h, taking numbers, sequences or numpy arrays
 // and giving numpy arrays back.
 //
@@ -567,7 +567,7 @@ void method(py::class_<Planner>& cls, const char* name, std::vector<std::string>
 PYBIND11_MODULE(_vekta, m) {
     py::options options;
     options.disable_function_signatures();
-    m.doc() = "The compiled part of vekta: the Planner, over the library's planner handle.";
+    m.doc() = "The compiled module of vekta: the Planner, over the library's planner handle.";
     m.attr("__version__") = VEKTA_VERSION;
     m.attr("MAX_AXES") = VEKTA_MAX_AXES;
     m.attr("MIN_PERIOD") = VEKTA_MIN_PERIOD;

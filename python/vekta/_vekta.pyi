@@ -1,4 +1,4 @@
-"""The compiled part of vekta: the Planner, over the library's planner handle.
+"""The compiled module of vekta: the Planner, over the library's planner handle.
 
 Units: positions in the caller's unit (m or rad), velocities in unit/s,
 accelerations in unit/s^2, jerks in unit/s^3, times in seconds.
