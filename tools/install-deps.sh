@@ -12,9 +12,11 @@ case "${1:-test}" in
   demo) ;;
   # GoogleTest, the export check (binutils), the benchmarks, the install test
   # (pkg-config), the libFuzzer target: clang with its sanitizer and fuzzer
-  # runtimes, and the Python module with its tests and plotting example.
+  # runtimes, and the Python package with its tests, its examples and its
+  # install with pip into a venv.
   test) packages+=(libgtest-dev binutils libbenchmark-dev pkg-config clang-14 libclang-rt-14-dev
-                   python3-dev pybind11-dev python3-numpy python3-pytest python3-matplotlib) ;;
+                   python3-dev pybind11-dev python3-numpy python3-pytest python3-matplotlib
+                   python3-venv python3-pip python3-setuptools python3-wheel python3-pybind11) ;;
   *) echo "usage: $0 [demo|test]" >&2; exit 2 ;;
 esac
 
