@@ -110,9 +110,9 @@ quietly "$cxx" -std=c++17 -Wall -Wextra -Werror $extra "$work/planner.cpp" -o "$
 quietly "$work/planner"
 
 # 4. The Python module, when it was built: importable from the installed package directory.
-module=$(find "$prefix" -name 'vekta.cpython-*.so' | head -1)
+module=$(find "$prefix" -name '_vekta.cpython-*.so' | head -1)
 if [ -n "$module" ]; then
-  PYTHONPATH=$(dirname "$module") quietly /usr/bin/python3 -c "import vekta; vekta.Planner()"
+  PYTHONPATH=$(dirname "$(dirname "$module")") quietly /usr/bin/python3 -c "import vekta; vekta.Planner()"
 fi
 
 echo "install and consume passed: 7 examples (5 C++, 2 C) with find_package(vekta), one with pkg-config, the C++ class"
