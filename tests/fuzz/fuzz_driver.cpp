@@ -130,7 +130,7 @@ const char* checkRecords() {
         const int pc = st.records[i].pointCount;
         if (pc < 0 || pc > kMaxPoints) return "a record's pointCount left 0 .. 13";
     }
-    if (!st.planFailed && (st.axisCount == 1 || st.axisCount == kMaxAxes)) {
+    if (!st.planFailed && (st.axisCount == 1 || st.axisCount == kLegacyAxes)) {
         for (int i = 0; i < st.axisCount; ++i) {
             if (st.records[i].pointCount < 1) return "an accepted plan has an axis without points";
         }
@@ -205,7 +205,7 @@ SampleResult sampleOnce(int axis, int nSamples, bool velocityName) {
 const char* sampleToEnd(bool velocityName) {
     const PlannerState& st = defaultState();
     const int axes = st.axisCount;
-    if (axes != 1 && axes != kMaxAxes) return nullptr;
+    if (axes != 1 && axes != kLegacyAxes) return nullptr;
     const bool checked = vektaCheckPlan(nullptr, 0) == VEKTA_CHECK_OK;
     for (int axis = 0; axis < axes; ++axis) {
         const AxisPlan& r = st.records[axis];
