@@ -194,14 +194,18 @@ const char* checkRecords() {
     return nullptr;
 }
 
-const char* checkPlanCall(Reader& in) {
+// The plan check of the default planner, or of a handle (onHandle; h may be
+// NULL); the code through `code`.
+const char* checkPlanCall(Reader& in, bool onHandle = false, const VektaPlanner* h = nullptr, int* code = nullptr) {
     // A small buffer, sometimes none: the message is cut, terminated, and
     // nothing is written past the given size.
     const int size = static_cast<int>(in.byte() % 80) - 2;
     char buf[96];
     std::memset(buf, 'x', sizeof buf);
-    const int code = vektaCheckPlan(size > 0 ? buf : nullptr, size);
-    if (code < VEKTA_CHECK_OK || code > VEKTA_CHECK_LAST) return "vektaCheckPlan returned an unknown code";
+    const int c = onHandle ? vektaPlannerCheck(h, size > 0 ? buf : nullptr, size)
+                           : vektaCheckPlan(size > 0 ? buf : nullptr, size);
+    if (code != nullptr) *code = c;
+    if (c < VEKTA_CHECK_OK || c > VEKTA_CHECK_LAST) return "vektaCheckPlan returned an unknown code";
     for (int i = size > 0 ? size : 0; i < static_cast<int>(sizeof buf); ++i) {
         if (buf[i] != 'x') return "vektaCheckPlan wrote past the message size";
     }
@@ -612,34 +616,27 @@ void readRequest(Reader& in, Request& q) {
     }
     const bool validAxes = q.axes >= 1 && q.axes <= kMaxAxes;
     const int n = validAxes ? q.axes : 0;  // nothing to read for a count the call must refuse
-    for (int k = 0; k < kArrayArgs; ++k) {
-        if (!kTakes[q.call][k]) continue;
-        const std::uint8_t sel = in.byte();
-        if (sel % 16 == 0 || (k >= kVel && sel % 4 == 1)) continue;  // NULL (vel and acc more often)
-        q.arrays[k].reset(new double[n]);
-        const bool shared = (sel & 0x30) == 0, limit = k >= kMaxVel && k <= kMaxJerk;
-        for (int i = 0; i < n; ++i) {
-            q.arrays[k][i] = (shared && i > 0) ? q.arrays[k][0] : (limit ? in.limit() : in.value());
-        }
-    }
+    // The driver's own judgement: what the call must refuse (in any order).
     const auto bad = [&q](const char* name) { q.bad[q.badCount++] = name; };
     if (q.call == kCatchUp && !std::isfinite(q.conveyorVel)) bad("conveyorVel");
     if (q.call == kCatchUp && !std::isfinite(q.conveyorLimit)) bad("conveyorLimit");
-    if (!validAxes) return bad("axes");
+    if (!validAxes) bad("axes");
     for (int k = 0; k < kArrayArgs; ++k) {
         if (!kTakes[q.call][k]) continue;
-        if (!q.arrays[k]) {
-            if (k < kVel) bad(kArrayNames[k]);
+        const std::uint8_t sel = in.byte();
+        if (sel % 16 == 0 || (k >= kVel && sel % 4 == 1)) {  // NULL (vel and acc more often)
+            if (k < kVel && validAxes) bad(kArrayNames[k]);
             continue;
         }
-        const bool limit = k >= kMaxVel && k <= kMaxJerk;
+        q.arrays[k].reset(new double[n]);
+        const bool shared = (sel & 0x30) == 0, limit = k >= kMaxVel && k <= kMaxJerk;
+        bool valid = true;
         for (int i = 0; i < n; ++i) {
-            const double x = q.arrays[k][i];
-            if (!std::isfinite(x) || (limit && !(x > 0.0))) {
-                bad(kArrayNames[k]);
-                break;
-            }
+            const double x = (shared && i > 0) ? q.arrays[k][0] : (limit ? in.limit() : in.value());
+            q.arrays[k][i] = x;
+            valid = valid && std::isfinite(x) && (!limit || x > 0.0);
         }
+        if (!valid) bad(kArrayNames[k]);
     }
 }
 
@@ -944,18 +941,9 @@ const char* query(Session& s, Reader& in) {
         if (!(left >= 0.0)) return "LeftTime returned a negative value or NaN";
         if (h == nullptr && left != 0.0) return "LeftTime of a NULL planner is not 0";
     } else {
-        const int size = static_cast<int>(in.byte() % 80) - 2;
-        char buf[96];
-        std::memset(buf, 'x', sizeof buf);
-        const int code = vektaPlannerCheck(h, size > 0 ? buf : nullptr, size);
+        int code = -1;
+        if (const char* f = checkPlanCall(in, true, h, &code)) return f;
         if (traceCalls) std::fprintf(stderr, "Check: %d\n", code);
-        if (code < VEKTA_CHECK_OK || code > VEKTA_CHECK_LAST) return "vektaPlannerCheck returned an unknown code";
-        for (int i = size > 0 ? size : 0; i < static_cast<int>(sizeof buf); ++i) {
-            if (buf[i] != 'x') return "vektaPlannerCheck wrote past the message size";
-        }
-        if (size > 0 && std::memchr(buf, '\0', static_cast<std::size_t>(size)) == nullptr) {
-            return "vektaPlannerCheck left the message unterminated";
-        }
         const bool passes = h != nullptr && s.m.has && s.m.checked;
         if ((code == VEKTA_CHECK_OK) != passes) return "the plan check changed its verdict on a plan";
     }
