@@ -1,26 +1,37 @@
 // The fuzz driver.
 //
 // Input format: a stream of operations, each an opcode byte followed by its
-// arguments. Numbers are decoded by a selector byte: a table of hostile values
-// (NaN, infinities, zeros, 1e-9 ... 1e9, extremes), a plausible value from two
-// bytes, or the raw bits of a double; axis counts, axis indices and sample
-// counts come from small tables that mix valid and invalid values. A stream
-// that ends early reads zeros, so every byte string is a valid input.
+// arguments. Opcodes below 100 call the functions of vekta.h on the default
+// planner; from 100 on they call vekta_c.h on a planner made in the driver's
+// own memory (vektaPlannerInit; after a life-cycle operation, one from
+// vektaPlannerCreate): the library's own calls (Move, Stop, CatchUp,
+// SetPeriod, Next, StateAt, MinimumTime and the getters) and the handle forms
+// of the vekta.h functions, interleaved on the same planner, now and then on a
+// NULL planner instead. Numbers are decoded by a selector byte: a table of
+// hostile values (NaN, infinities, zeros, 1e-9 ... 1e9, extremes), a plausible
+// value from two bytes, or the raw bits of a double; axis counts, axis
+// indices, sample counts, periods and times come from small tables that mix
+// valid and invalid values. A stream that ends early reads zeros, so every
+// byte string is a valid input.
 //
 // Arrays handed to the library are heap blocks of exactly the size the call
-// may use (so AddressSanitizer sees any read or write beyond them); the output
-// arrays of a sampling call get guard entries after nSamples and are filled
-// with a marker first, so that a write beyond the written count shows.
+// may use (none for an axis count it must refuse; sometimes NULL), so that
+// AddressSanitizer sees any read or write beyond them; output arrays get guard
+// entries after the entries the call may write and are filled with a marker
+// first, so that a write beyond them shows.
 #include "fuzz_driver.h"
 
+#include <cfloat>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <memory>
 
 #include "api/default_state.h"
 #include "vekta/vekta.h"
+#include "vekta/vekta_c.h"
 
 namespace vekta::fuzz {
 
@@ -90,6 +101,51 @@ public:
         return static_cast<int>(b % 10) - 2;  // -2 .. 7
     }
 
+    // An axis count for the library's own calls: 0 .. 17, hostile ints, and
+    // the usual arms once more.
+    int ownAxisCount() {
+        constexpr int more[] = {std::numeric_limits<int>::min(), -1, 1 << 30, 6, 7, 16};
+        const int b = byte() % 24;
+        return b < 18 ? b : more[b - 18];
+    }
+    // A control period: hostile, an edge of the accepted range or just
+    // outside it, or a plausible one (0.1 .. 65.6 ms).
+    double period() {
+        static const double edges[] = {
+            0.0,   -0.001, kNaN, 1e-9, 1e9, 1e-4, 1.0, std::nextafter(1e-4, 0.0), std::nextafter(1.0, 2.0),
+            0.001, 0.0005, 0.25};
+        switch (byte() % 4) {
+            case 0: return kHostile[byte() % kHostileCount];
+            case 1: return edges[byte() % (sizeof edges / sizeof edges[0])];
+            default: return 1e-4 + u16() * 1e-6;
+        }
+    }
+    // A time for StateAt: hostile, the plan's end and its neighbours, an
+    // exact multiple of the period (early or near the end), or inside the plan.
+    double time(double period, double duration) {
+        const double edges[] = {kNaN,
+                                kInf,
+                                -kInf,
+                                -1.0,
+                                -0.0,
+                                1e300,
+                                DBL_MAX,
+                                duration,
+                                duration / 2.0,
+                                std::nextafter(duration, kInf),
+                                std::nextafter(duration, -kInf)};
+        switch (byte() % 6) {
+            case 0: return kHostile[byte() % kHostileCount];
+            case 1: return edges[byte() % (sizeof edges / sizeof edges[0])];
+            case 2: return static_cast<double>(byte() + 1) * period;
+            case 3: {  // the period the plan ends in, and its neighbours
+                const double last = std::floor(std::fmax(0.0, std::fmin(duration / period, 1e9)));
+                return (last + byte() % 4 - 1) * period;
+            }
+            default: return duration * u16() / 40000.0;
+        }
+    }
+
 private:
     const std::uint8_t* d_;
     std::size_t n_;
@@ -130,7 +186,7 @@ const char* checkRecords() {
         const int pc = st.records[i].pointCount;
         if (pc < 0 || pc > kMaxPoints) return "a record's pointCount left 0 .. 13";
     }
-    if (!st.planFailed && (st.axisCount == 1 || st.axisCount == kMaxAxes)) {
+    if (!st.planFailed && (st.axisCount == 1 || st.axisCount == kLegacyAxes)) {
         for (int i = 0; i < st.axisCount; ++i) {
             if (st.records[i].pointCount < 1) return "an accepted plan has an axis without points";
         }
@@ -138,20 +194,218 @@ const char* checkRecords() {
     return nullptr;
 }
 
-const char* checkPlanCall(Reader& in) {
+// The plan check of the default planner, or of a handle (onHandle; h may be
+// NULL); the code through `code`.
+const char* checkPlanCall(Reader& in, bool onHandle = false, const VektaPlanner* h = nullptr, int* code = nullptr) {
     // A small buffer, sometimes none: the message is cut, terminated, and
     // nothing is written past the given size.
     const int size = static_cast<int>(in.byte() % 80) - 2;
     char buf[96];
     std::memset(buf, 'x', sizeof buf);
-    const int code = vektaCheckPlan(size > 0 ? buf : nullptr, size);
-    if (code < VEKTA_CHECK_OK || code > VEKTA_CHECK_LAST) return "vektaCheckPlan returned an unknown code";
+    const int c = onHandle ? vektaPlannerCheck(h, size > 0 ? buf : nullptr, size)
+                           : vektaCheckPlan(size > 0 ? buf : nullptr, size);
+    if (code != nullptr) *code = c;
+    if (c < VEKTA_CHECK_OK || c > VEKTA_CHECK_LAST) return "vektaCheckPlan returned an unknown code";
     for (int i = size > 0 ? size : 0; i < static_cast<int>(sizeof buf); ++i) {
         if (buf[i] != 'x') return "vektaCheckPlan wrote past the message size";
     }
     if (size > 0 && std::memchr(buf, '\0', static_cast<std::size_t>(size)) == nullptr) {
         return "vektaCheckPlan left the message unterminated";
     }
+    return nullptr;
+}
+
+// ---- A planner of the driver's own, and what the driver knows of its plan
+
+// The check's slack on |v| <= V and |a| <= A (plan_check.cpp's kLimitRel).
+constexpr double kLimitSlack = 1e-6;
+// Sampling calls spent on a plan the check does not pass, or on one longer
+// than kLongPlan periods, by a "Next to the end" operation.
+constexpr int kBlindNextCalls = 50;
+// Axis-periods that the "Next to the end" operations of one input may sample
+// (each checked against StateAt), so that no input takes seconds: some
+// eight plans of 16 axes and 1.5 s at 0.1 ms.
+constexpr double kToEndAxisPeriods = 2e6;
+
+bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+bool withinLimit(double x, double limit) { return std::fabs(x) <= limit * (1.0 + kLimitSlack); }
+
+// One axis of a plan: its limits, the frame they hold in, from when they hold
+// (as the plan check sees it: a start beyond a limit is held to it from the
+// first curve point from which it can be kept; +inf: never), and for a call
+// of the library's own, the start and end state it asked for.
+struct AxisModel {
+    double maxVel, maxAcc, frameVel, velFrom, accFrom;
+    double startPos, startVel, startAcc;
+    double endPos, endVel, posTol;  // endPos NaN: a stop, no position asked for
+};
+
+struct Model {
+    bool has = false;      // the planner holds a plan (Axes > 0)
+    bool checked = false;  // one that the plan check passes
+    bool own = false;      // made by Move, Stop or CatchUp (start and end known)
+    int axes = 0;
+    double duration = 0.0;
+    double period = 0.0;            // the plan's
+    double setting = kCyclePeriod;  // the planner's, for the plans that follow
+    int sampled[kMaxAxes] = {};     // periods sampled on each axis since the plan
+    AxisModel axis[kMaxAxes];
+};
+
+// A planner begins with its PlannerState (api/planner_handles.cpp): the driver
+// reads a plan's curve points there, as it reads the default planner's.
+const PlannerState& stateOf(const VektaPlanner* p) { return *reinterpret_cast<const PlannerState*>(p); }
+
+void outputReceived(const char* text, std::size_t length, void* user) {
+    if (text == nullptr || length == 0 || std::memchr(text, '\0', length) != nullptr) {
+        *static_cast<bool*>(user) = true;
+    }
+}
+
+struct Session {
+    void* mem = std::malloc(vektaPlannerSize());  // malloc's alignment is max_align_t's
+    VektaPlanner* inMem = vektaPlannerInit(mem);
+    VektaPlanner* made = nullptr;
+    VektaPlanner* cur = inMem;  // the planner the operations act on
+    bool recovery = false;
+    bool badOutput = false;  // the output callback got a malformed message
+    double toEndLeft = kToEndAxisPeriods;
+    Model m;
+
+    Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() {
+        vektaPlannerDestroy(made);
+        std::free(mem);
+    }
+    // The planner of one call: now and then the NULL planner.
+    VektaPlanner* pick(Reader& in) const { return in.byte() % 16 == 0 ? nullptr : cur; }
+};
+
+// Output arrays of Next or StateAt: room for every axis of the plan and guard
+// entries after it, all holding the marker; any of the three may be NULL.
+struct Outputs {
+    std::unique_ptr<double[]> a[3];
+    int cap;
+    Outputs(int axes, std::uint8_t sel) : cap(axes + kGuard) {
+        const int nulls = sel % 8 == 0 ? 1 + (sel >> 3) % 7 : 0;
+        for (int k = 0; k < 3; ++k) {
+            if ((nulls >> k) & 1) continue;
+            a[k].reset(new double[cap]);
+            for (int i = 0; i < cap; ++i) a[k][i] = kMarker;
+        }
+    }
+    bool anyNull() const { return !a[0] || !a[1] || !a[2]; }
+    double* get(int k) { return a[k].get(); }
+    bool untouchedFrom(int from) const {
+        for (int k = 0; k < 3; ++k) {
+            for (int i = from; a[k] && i < cap; ++i) {
+                if (!sameBits(a[k][i], kMarker)) return false;
+            }
+        }
+        return true;
+    }
+};
+
+// The properties of one state of the plan, axis i at time t.
+const char* checkState(const Model& m, int i, double t, double p, double v, double a) {
+    if (!m.checked) return nullptr;
+    const AxisModel& x = m.axis[i];
+    if (!std::isfinite(p) || !std::isfinite(v) || !std::isfinite(a)) {
+        return "a plan the check passes handed out a value that is not finite";
+    }
+    const double frameRounding = 4.0 * DBL_EPSILON * std::fabs(x.frameVel);
+    if ((t > x.velFrom || x.velFrom == 0.0) &&
+        !(std::fabs(v - x.frameVel) <= x.maxVel * (1.0 + kLimitSlack) + frameRounding)) {
+        return "a plan the check passes went beyond its velocity limit";
+    }
+    if ((t > x.accFrom || x.accFrom == 0.0) && !withinLimit(a, x.maxAcc)) {
+        return "a plan the check passes went beyond its acceleration limit";
+    }
+    if (!m.own) return nullptr;
+    // The start as asked for, within the check's tolerances at a join (the
+    // planner may nudge a start by a rounding: 5e-51 on a zero acceleration).
+    if (t <= 0.0 && !(std::fabs(p - x.startPos) <= x.posTol &&
+                      std::fabs(v - x.startVel) <= 1e-6 * std::fmax(x.maxVel, std::fabs(x.startVel)) &&
+                      std::fabs(a - x.startAcc) <= 1e-6 * std::fmax(x.maxAcc, std::fabs(x.startAcc)))) {
+        if (traceCalls) {
+            std::fprintf(stderr, "axis %d at %.17g: (%.17g %.17g %.17g), asked for (%.17g %.17g %.17g)\n", i, t, p, v,
+                         a, x.startPos, x.startVel, x.startAcc);
+        }
+        return "the state at a time up to 0 is not the start state asked for";
+    }
+    if (t > m.duration &&
+        (a != 0.0 || v != x.endVel || (!std::isnan(x.endPos) && !(std::fabs(p - x.endPos) <= x.posTol)))) {
+        if (traceCalls) {
+            std::fprintf(stderr, "axis %d at %.17g: (%.17g %.17g %.17g), asked for (%.17g %.17g 0) +- %g\n", i, t, p, v,
+                         a, x.endPos, x.endVel, x.posTol);
+        }
+        return "the state past the end is not the end state asked for";
+    }
+    return nullptr;
+}
+
+// The planner's properties after every operation.
+const char* checkSession(const Session& s) {
+    if (strnlen(vektaPlannerError(s.cur), kErrorCapacity) >= kErrorCapacity) {
+        return "the reason is not terminated within its capacity";
+    }
+    if (vektaPlannerAxes(s.cur) != (s.m.has ? s.m.axes : 0)) return "the plan's axis count changed by itself";
+    if (!sameBits(vektaPlannerDuration(s.cur), s.m.has ? s.m.duration : 0.0)) {
+        return "the plan's duration changed by itself";
+    }
+    if (vektaPlannerPeriod(s.cur) != s.m.setting) return "the planner's period changed by itself";
+    if (s.badOutput) return "the output callback got an empty or unterminated message";
+    return nullptr;
+}
+
+// A new planner: no plan, the default period, no reason.
+const char* newPlanner(Session& s) {
+    s.m = Model{};
+    s.recovery = false;
+    s.badOutput = false;
+    if (s.cur == nullptr) return "a planner could not be made";
+    if (vektaPlannerAxes(s.cur) != 0 || vektaPlannerDuration(s.cur) != 0.0 || vektaPlannerError(s.cur)[0] != '\0' ||
+        vektaPlannerCheck(s.cur, nullptr, 0) != VEKTA_CHECK_NO_PLAN) {
+        return "a new planner is not empty";
+    }
+    return nullptr;
+}
+
+// The plan a call has just made. q: the call of the library's own that made
+// it (the arrays it asked with), or null for a handle form's update.
+struct Request;
+const char* learnPlan(Session& s, const Request* q);
+
+// After a call on the NULL planner: its failure value, and the words for it;
+// checkSession then sees that the driver's planner did not change.
+const char* nullPlannerCall(bool failureValue) {
+    if (!failureValue) return "a call on a NULL planner did not return its failure value";
+    if (std::strcmp(vektaPlannerError(nullptr), "planner is NULL") != 0) {
+        return "the NULL planner's reason is not \"planner is NULL\"";
+    }
+    if (vektaPlannerAxes(nullptr) != 0 || vektaPlannerDuration(nullptr) != 0.0 || vektaPlannerPeriod(nullptr) != 0.0 ||
+        vektaPlannerMinimumTime(nullptr, 0) != -1.0 || vektaPlannerLeftTime(nullptr) != 0.0) {
+        return "a getter on a NULL planner did not return its failure value";
+    }
+    return nullptr;
+}
+
+// A handle form's update on the driver's planner (or the NULL planner).
+const char* afterHandleUpdate(Session& s, VektaPlanner* h, int ok, int n) {
+    if (h == nullptr) return nullPlannerCall(ok == 0);
+    if (ok != 0 && ok != 1) return "a handle form's update returned neither 0 nor 1";
+    if (ok == 0) {
+        // A failed update leaves no plan, or (a conveyor update refused for
+        // its spare time) the previous one as it was.
+        if (vektaPlannerAxes(h) == 0) s.m.has = false;
+        return nullptr;
+    }
+    if (n != 1 && n != kLegacyAxes) return "an update with a bad axis count was accepted";
+    if (vektaPlannerAxes(h) != n) return "Axes is not the updated axis count";
+    if (const char* f = learnPlan(s, nullptr)) return f;
+    if (s.recovery && !s.m.checked) return "recovery mode accepted a plan the check refuses";
     return nullptr;
 }
 
@@ -205,7 +459,7 @@ SampleResult sampleOnce(int axis, int nSamples, bool velocityName) {
 const char* sampleToEnd(bool velocityName) {
     const PlannerState& st = defaultState();
     const int axes = st.axisCount;
-    if (axes != 1 && axes != kMaxAxes) return nullptr;
+    if (axes != 1 && axes != kLegacyAxes) return nullptr;
     const bool checked = vektaCheckPlan(nullptr, 0) == VEKTA_CHECK_OK;
     for (int axis = 0; axis < axes; ++axis) {
         const AxisPlan& r = st.records[axis];
@@ -259,16 +513,27 @@ const char* sampleToEnd(bool velocityName) {
     return nullptr;
 }
 
-const char* positionUpdate(Reader& in) {
+const char* handleName(const Session* s, const VektaPlanner* h) {
+    return s == nullptr ? "" : h != nullptr ? "handle " : "handle (NULL planner) ";
+}
+
+// s: null for the default planner, else the handle form on the session's planner.
+const char* positionUpdate(Reader& in, Session* s) {
+    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
     const int n = in.axisCount();
     const Array tgt = readArray(in, n, false), vmax = readArray(in, n, true), amax = readArray(in, n, true);
     const double ratio = in.limit();
     const Array p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
     const double spare = in.value();
     if (traceCalls) {
-        std::fprintf(stderr, "position update n %d ratio %.17g spare %.17g\n", n, ratio, spare);
+        std::fprintf(stderr, "%sposition update n %d ratio %.17g spare %.17g\n", handleName(s, h), n, ratio, spare);
         trace("tgt", tgt, n), trace("maxVel", vmax, n), trace("maxAcc", amax, n);
         trace("pos", p, n), trace("vel", v, n), trace("acc", a, n);
+    }
+    if (s != nullptr) {
+        const int done =
+            vektaPlannerPositionUpdate(h, n, tgt.get(), vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get());
+        return afterHandleUpdate(*s, h, done, n);
     }
     const bool ok = vektaPostionModeParaUpd(n, tgt.get(), vmax.get(), amax.get(), ratio, p.get(), v.get(),
                                             a.get(), spare);
@@ -276,32 +541,45 @@ const char* positionUpdate(Reader& in) {
     return checkRecords();
 }
 
-const char* velocityUpdate(Reader& in) {
+// s: null for the default planner, else the handle form on the session's planner.
+const char* velocityUpdate(Reader& in, Session* s) {
+    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
     const int n = in.axisCount();
     const Array vmax = readArray(in, n, true), amax = readArray(in, n, true);
     const double ratio = in.limit();
     const Array p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
     const double spare = in.value();
     if (traceCalls) {
-        std::fprintf(stderr, "velocity update n %d ratio %.17g spare %.17g\n", n, ratio, spare);
+        std::fprintf(stderr, "%svelocity update n %d ratio %.17g spare %.17g\n", handleName(s, h), n, ratio, spare);
         trace("maxVel", vmax, n), trace("maxAcc", amax, n);
         trace("pos", p, n), trace("vel", v, n), trace("acc", a, n);
+    }
+    if (s != nullptr) {
+        const int done = vektaPlannerVelocityUpdate(h, n, vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get());
+        return afterHandleUpdate(*s, h, done, n);
     }
     const bool ok = vektaVelocityModeParaUpd(n, vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get(), spare);
     if (ok && n != 1 && n != 6) return "an update with a bad axis count was accepted";
     return checkRecords();
 }
 
-const char* conveyorUpdate(Reader& in) {
+// s: null for the default planner, else the handle form on the session's planner.
+const char* conveyorUpdate(Reader& in, Session* s) {
+    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
     const int n = in.axisCount();
     const double conveyorVel = in.value(), conveyorLimit = in.value();
     const Array tgt = readArray(in, n, false), vmax = readArray(in, n, true), amax = readArray(in, n, true);
     const double ratio = in.limit();
     const double spare = (in.byte() & 1) ? 0.01 : in.value();
     if (traceCalls) {
-        std::fprintf(stderr, "conveyor update n %d conveyorVel %.17g limit %.17g ratio %.17g spare %.17g\n", n,
-                     conveyorVel, conveyorLimit, ratio, spare);
+        std::fprintf(stderr, "%sconveyor update n %d conveyorVel %.17g limit %.17g ratio %.17g spare %.17g\n",
+                     handleName(s, h), n, conveyorVel, conveyorLimit, ratio, spare);
         trace("tgt", tgt, n), trace("maxVel", vmax, n), trace("maxAcc", amax, n);
+    }
+    if (s != nullptr) {
+        const int done = vektaPlannerConveyorUpdate(h, n, conveyorVel, conveyorLimit, tgt.get(), vmax.get(),
+                                                    amax.get(), ratio, spare);
+        return afterHandleUpdate(*s, h, done, n);
     }
     const bool ok = vektaPostionModeParaUpdConveyor(n, conveyorVel, conveyorLimit, tgt.get(), vmax.get(),
                                                     amax.get(), ratio, spare);
@@ -309,21 +587,455 @@ const char* conveyorUpdate(Reader& in) {
     return checkRecords();
 }
 
+// ---- The library's own calls
+
+enum OwnCall { kMove, kStop, kCatchUp };
+enum ArrayArg { kTarget, kMaxVel, kMaxAcc, kMaxJerk, kPos, kVel, kAcc, kArrayArgs };
+const char* const kArrayNames[kArrayArgs] = {"target", "maxVel", "maxAcc", "maxJerk", "pos", "vel", "acc"};
+// The arrays Move, Stop and CatchUp take.
+constexpr bool kTakes[3][kArrayArgs] = {{1, 1, 1, 1, 1, 1, 1}, {0, 1, 1, 1, 1, 1, 1}, {1, 1, 1, 1, 0, 0, 0}};
+const char* const kCallNames[3] = {"Move", "Stop", "CatchUp"};
+
+struct Request {
+    int call = kMove;
+    int axes = 0;
+    double conveyorVel = 0.0, conveyorLimit = 0.0;
+    std::unique_ptr<double[]> arrays[kArrayArgs];
+    // The arguments the call must refuse.
+    const char* bad[kArrayArgs + 3];
+    int badCount = 0;
+    const double* get(int k) const { return arrays[k].get(); }
+    double value(int k, int i, double otherwise) const { return arrays[k] ? arrays[k][i] : otherwise; }
+};
+
+void readRequest(Reader& in, Request& q) {
+    q.axes = in.ownAxisCount();
+    if (q.call == kCatchUp) {
+        q.conveyorVel = in.value();
+        q.conveyorLimit = in.value();
+    }
+    const bool validAxes = q.axes >= 1 && q.axes <= kMaxAxes;
+    const int n = validAxes ? q.axes : 0;  // nothing to read for a count the call must refuse
+    // The driver's own judgement: what the call must refuse (in any order).
+    const auto bad = [&q](const char* name) { q.bad[q.badCount++] = name; };
+    if (q.call == kCatchUp && !std::isfinite(q.conveyorVel)) bad("conveyorVel");
+    if (q.call == kCatchUp && !std::isfinite(q.conveyorLimit)) bad("conveyorLimit");
+    if (!validAxes) bad("axes");
+    for (int k = 0; k < kArrayArgs; ++k) {
+        if (!kTakes[q.call][k]) continue;
+        const std::uint8_t sel = in.byte();
+        if (sel % 16 == 0 || (k >= kVel && sel % 4 == 1)) {  // NULL (vel and acc more often)
+            if (k < kVel && validAxes) bad(kArrayNames[k]);
+            continue;
+        }
+        q.arrays[k].reset(new double[n]);
+        const bool shared = (sel & 0x30) == 0, limit = k >= kMaxVel && k <= kMaxJerk;
+        bool valid = true;
+        for (int i = 0; i < n; ++i) {
+            const double x = (shared && i > 0) ? q.arrays[k][0] : (limit ? in.limit() : in.value());
+            q.arrays[k][i] = x;
+            valid = valid && std::isfinite(x) && (!limit || x > 0.0);
+        }
+        if (!valid) bad(kArrayNames[k]);
+    }
+}
+
+void traceRequest(const Request& q, VektaPlanner* h) {
+    if (!traceCalls) return;
+    std::fprintf(stderr, "%s%s axes %d", kCallNames[q.call], h ? "" : " (NULL planner)", q.axes);
+    if (q.call == kCatchUp) std::fprintf(stderr, " conveyorVel %.17g limit %.17g", q.conveyorVel, q.conveyorLimit);
+    std::fprintf(stderr, "\n");
+    const int n = q.axes >= 1 && q.axes <= kMaxAxes ? q.axes : 0;
+    for (int k = 0; k < kArrayArgs; ++k) {
+        if (!kTakes[q.call][k]) continue;
+        std::fprintf(stderr, "  %s:%s", kArrayNames[k], q.arrays[k] ? "" : " NULL");
+        for (int i = 0; q.arrays[k] && i < n; ++i) std::fprintf(stderr, " %.17g", q.arrays[k][i]);
+        std::fprintf(stderr, "\n");
+    }
+}
+
+int callOwn(VektaPlanner* h, const Request& q) {
+    switch (q.call) {
+        case kMove:
+            return vektaPlannerMove(h, q.axes, q.get(kTarget), q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk),
+                                    q.get(kPos), q.get(kVel), q.get(kAcc));
+        case kStop:
+            return vektaPlannerStop(h, q.axes, q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk), q.get(kPos),
+                                    q.get(kVel), q.get(kAcc));
+        default:
+            return vektaPlannerCatchUp(h, q.axes, q.conveyorVel, q.conveyorLimit, q.get(kTarget), q.get(kMaxVel),
+                                       q.get(kMaxAcc), q.get(kMaxJerk));
+    }
+}
+
+// A refused call (or a refused period): a reason, and no plan left behind.
+const char* refused(Session& s, const char* reason) {
+    s.m.has = false;
+    if (reason[0] == '\0') return "a refused call left no reason";
+    if (vektaPlannerAxes(s.cur) != 0 || vektaPlannerDuration(s.cur) != 0.0 ||
+        vektaPlannerMinimumTime(s.cur, 0) != -1.0 || vektaPlannerCheck(s.cur, nullptr, 0) == VEKTA_CHECK_OK) {
+        return "a refused call left a plan";
+    }
+    Outputs next(0, 1), at(0, 1);
+    if (vektaPlannerNext(s.cur, next.get(0), next.get(1), next.get(2)) != -1 || !next.untouchedFrom(0) ||
+        vektaPlannerStateAt(s.cur, 0.0, at.get(0), at.get(1), at.get(2)) != -1 || !at.untouchedFrom(0)) {
+        return "a refused call left a plan to sample";
+    }
+    return nullptr;
+}
+
+// The state StateAt gives at t <= 0 and past the end of every axis.
+const char* checkStartAndEnd(Session& s) {
+    double p[kMaxAxes], v[kMaxAxes], a[kMaxAxes];
+    const double times[] = {-1.0, 0.0, kInf};
+    for (const double t : times) {
+        if (vektaPlannerStateAt(s.cur, t, p, v, a) != 0) return "StateAt failed on a plan";
+        for (int i = 0; i < s.m.axes; ++i) {
+            if (const char* f = checkState(s.m, i, t, p[i], v[i], a[i])) return f;
+        }
+    }
+    return nullptr;
+}
+
+const char* ownCall(Session& s, Reader& in, int call) {
+    VektaPlanner* h = s.pick(in);
+    Request q;
+    q.call = call;
+    readRequest(in, q);
+    traceRequest(q, h);
+    const int status = callOwn(h, q);
+    if (h == nullptr) return nullPlannerCall(status == VEKTA_INVALID_ARGUMENT);
+    const char* reason = vektaPlannerError(h);
+    if (traceCalls) std::fprintf(stderr, "  status %d \"%s\"\n", status, reason);
+    if (status < VEKTA_OK || status > VEKTA_CONVEYOR_OUT_OF_REACH) return "a call returned no VektaStatus";
+    if ((status == VEKTA_INVALID_ARGUMENT) != (q.badCount > 0)) {
+        return q.badCount > 0 ? "a call with an invalid argument was not refused as such"
+                              : "a call with valid arguments was refused as invalid";
+    }
+    if (status == VEKTA_INVALID_ARGUMENT) {
+        bool named = false;
+        for (int k = 0; k < q.badCount; ++k) {
+            char is[32];
+            std::snprintf(is, sizeof is, "%s is ", q.bad[k]);
+            named = named || std::strstr(reason, is) != nullptr;
+        }
+        if (!named) return "the reason of an invalid argument does not name it";
+    }
+    if (status == VEKTA_CONVEYOR_OUT_OF_REACH && call != kCatchUp) {
+        return "a call without a conveyor was out of its reach";
+    }
+    if (status != VEKTA_OK) return refused(s, reason);
+    if (reason[0] != '\0') return "a successful call left a reason";
+    if (vektaPlannerAxes(h) != q.axes) return "Axes is not the axis count of the call";
+    const double d = vektaPlannerDuration(h);
+    if (!(d >= 0.0 && d < kInf)) return "Duration is negative or not finite";
+    if (vektaPlannerCheck(h, nullptr, 0) != VEKTA_CHECK_OK) return "the plan check refuses a plan of the library's own";
+    if (const char* f = learnPlan(s, &q)) return f;
+    return checkStartAndEnd(s);
+}
+
+const char* learnPlan(Session& s, const Request* q) {
+    Model& m = s.m;
+    const PlannerState& st = stateOf(s.cur);
+    m.has = true;
+    m.own = q != nullptr;
+    m.axes = vektaPlannerAxes(s.cur);
+    m.duration = vektaPlannerDuration(s.cur);
+    m.period = m.setting;
+    m.checked = vektaPlannerCheck(s.cur, nullptr, 0) == VEKTA_CHECK_OK;
+    for (int i = 0; i < m.axes; ++i) {
+        const AxisPlan& r = st.records[i];
+        AxisModel& x = m.axis[i];
+        m.sampled[i] = 0;
+        x.maxVel = r.maxVel;
+        x.maxAcc = r.maxAcc;
+        x.frameVel = st.planMode == kConveyorPlan && i == 0 ? r.tgtVel : 0.0;
+        x.velFrom = x.accFrom = kInf;
+        double pScale = 0.0;
+        for (int k = 0; k < r.pointCount && k < kMaxPoints; ++k) {
+            const double v = r.secVel[k] - x.frameVel, a = r.secAcc[k];
+            if (x.accFrom == kInf && withinLimit(a, x.maxAcc)) x.accFrom = r.secTime[k];
+            if (x.velFrom == kInf && withinLimit(v, x.maxVel) &&
+                withinLimit(v + a * std::fabs(a) / (2.0 * r.maxJerk), x.maxVel)) {
+                x.velFrom = r.secTime[k];
+            }
+            pScale = std::fmax(pScale, std::fabs(r.secPos[k]));
+        }
+        // The check's position tolerance (the root finder's miss, twice, and rounding).
+        x.posTol = 2e-5 + 2e-9 * pScale;
+        if (q == nullptr) continue;
+        if (r.maxVel != q->get(kMaxVel)[i] || r.maxAcc != q->get(kMaxAcc)[i] || r.maxJerk != q->get(kMaxJerk)[i]) {
+            return "a plan of the library's own is not planned with the limits asked for";
+        }
+        const bool catchUp = q->call == kCatchUp;
+        x.startPos = catchUp ? 0.0 : q->get(kPos)[i];
+        x.startVel = catchUp ? 0.0 : q->value(kVel, i, 0.0);
+        x.startAcc = catchUp ? 0.0 : q->value(kAcc, i, 0.0);
+        x.endVel = catchUp && i == 0 ? q->conveyorVel : 0.0;
+        x.endPos = q->call == kStop ? kNaN : q->get(kTarget)[i];
+        // A catch-up's axis 0 ends on its target in the conveyor's frame.
+        if (catchUp && i == 0) x.endPos += r.secTime[r.pointCount - 1] * q->conveyorVel;
+    }
+    return nullptr;
+}
+
+const char* setPeriod(Session& s, Reader& in) {
+    VektaPlanner* h = s.pick(in);
+    const double seconds = in.period();
+    if (traceCalls) std::fprintf(stderr, "SetPeriod%s %.17g\n", h ? "" : " (NULL planner)", seconds);
+    const int status = vektaPlannerSetPeriod(h, seconds);
+    if (h == nullptr) return nullPlannerCall(status == VEKTA_INVALID_ARGUMENT);
+    if (std::isfinite(seconds) && seconds >= VEKTA_MIN_PERIOD && seconds <= VEKTA_MAX_PERIOD) {
+        if (status != VEKTA_OK || vektaPlannerError(h)[0] != '\0') return "a period in the accepted range was refused";
+        s.m.setting = seconds;  // the plan keeps its own
+        return nullptr;
+    }
+    if (status != VEKTA_INVALID_ARGUMENT) return "a period outside the accepted range was not refused as invalid";
+    if (std::strstr(vektaPlannerError(h), "period is ") == nullptr) {
+        return "the reason of a bad period does not name it";
+    }
+    return refused(s, vektaPlannerError(h));
+}
+
+// ---- Sampling the driver's planner
+
+// Axis i's sample at the next period of its cursor: StateAt's value at that
+// time, bit for bit, and within what the plan promises.
+const char* sampledAt(Session& s, int i, double p, double v, double a, double* cache, double& cacheTime) {
+    const double t = static_cast<double>(s.m.sampled[i] + 1) * s.m.period;
+    double* sp = cache;
+    double* sv = cache + kMaxAxes;
+    double* sa = cache + 2 * kMaxAxes;
+    if (!sameBits(t, cacheTime)) {
+        if (vektaPlannerStateAt(s.cur, t, sp, sv, sa) != 0) return "StateAt failed on a plan";
+        cacheTime = t;
+    }
+    if (!sameBits(p, sp[i]) || !sameBits(v, sv[i]) || !sameBits(a, sa[i])) {
+        if (traceCalls) {
+            std::fprintf(stderr, "axis %d, period %d: sample (%.17g %.17g %.17g), StateAt(%.17g) (%.17g %.17g %.17g)\n",
+                         i, s.m.sampled[i] + 1, p, v, a, t, sp[i], sv[i], sa[i]);
+        }
+        return "a sample differs from StateAt at its period's time";
+    }
+    if (s.m.sampled[i] < std::numeric_limits<int>::max() - 2) ++s.m.sampled[i];
+    return checkState(s.m, i, t, p, v, a);
+}
+
+const char* nextCall(Session& s, VektaPlanner* h, std::uint8_t sel, int& result) {
+    const int axes = vektaPlannerAxes(h);
+    Outputs o(axes, sel);
+    result = vektaPlannerNext(h, o.get(0), o.get(1), o.get(2));
+    if (h == nullptr || !s.m.has || o.anyNull()) {
+        if (result != -1 || !o.untouchedFrom(0)) {
+            return "Next without a planner, a plan or an array wrote or did not return -1";
+        }
+        return nullptr;
+    }
+    if (result != 0 && result != 1) return "Next returned neither 0 nor 1";
+    if (!o.untouchedFrom(axes)) return "Next wrote beyond the plan's axes";
+    double cache[3 * kMaxAxes];
+    double cacheTime = kNaN;
+    bool allPast = true, anyShort = false;
+    const double lower = s.m.duration - (1e-9 * s.m.duration + 1e-12);  // the earliest end of an axis
+    for (int i = 0; i < axes; ++i) {
+        const double t = static_cast<double>(s.m.sampled[i] + 1) * s.m.period;
+        allPast = allPast && t >= s.m.duration;
+        anyShort = anyShort || t < lower;
+        if (const char* f = sampledAt(s, i, o.a[0][i], o.a[1][i], o.a[2][i], cache, cacheTime)) return f;
+    }
+    if (s.m.checked && allPast && result != 1) return "Next did not report the end once every axis was past it";
+    if (s.m.checked && anyShort && result == 1) return "Next reported the end before an axis got there";
+    return nullptr;
+}
+
+// Next until it reports the end: a plan the check passes must get there
+// within its duration's periods plus two (when that is at most kLongPlan,
+// and the input's allowance has room for it).
+const char* nextToEnd(Session& s) {
+    const double periods = s.m.duration / s.m.period;
+    const double axisPeriods = (std::ceil(periods) + 2.0) * s.m.axes;
+    const bool mustEnd = s.m.has && s.m.checked && periods <= kLongPlan && axisPeriods <= s.toEndLeft;
+    const int budget = mustEnd ? static_cast<int>(std::ceil(periods)) + 2 : kBlindNextCalls;
+    if (mustEnd) s.toEndLeft -= axisPeriods;
+    if (traceCalls) std::fprintf(stderr, "Next to the end (at most %d calls)\n", budget);
+    int result = 0;
+    for (int c = 0; c < budget && result != 1; ++c) {
+        if (const char* f = nextCall(s, s.cur, 1, result)) return f;
+        if (result == -1) return nullptr;
+    }
+    if (mustEnd && result != 1) return "a checked plan did not end within its duration's periods plus two";
+    return nullptr;
+}
+
+const char* stateAtCall(Session& s, Reader& in) {
+    VektaPlanner* h = s.pick(in);
+    const double t = in.time(s.m.has ? s.m.period : s.m.setting, s.m.duration);
+    const int axes = vektaPlannerAxes(h);
+    Outputs o(axes, in.byte());
+    if (traceCalls) std::fprintf(stderr, "StateAt%s %.17g\n", h ? "" : " (NULL planner)", t);
+    const int r = vektaPlannerStateAt(h, t, o.get(0), o.get(1), o.get(2));
+    if (h == nullptr || !s.m.has || o.anyNull() || std::isnan(t)) {
+        if (r != -1 || !o.untouchedFrom(0)) {
+            return "StateAt without a planner, a plan, an array or a time wrote or did not return -1";
+        }
+        return nullptr;
+    }
+    if (r != 0) return "StateAt failed on a plan";
+    if (!o.untouchedFrom(axes)) return "StateAt wrote beyond the plan's axes";
+    for (int i = 0; i < axes; ++i) {
+        if (const char* f = checkState(s.m, i, t, o.a[0][i], o.a[1][i], o.a[2][i])) return f;
+    }
+    return nullptr;
+}
+
+// The handle form's sampling, one axis, on the same cursor as Next.
+const char* sampleCall(Session& s, Reader& in) {
+    VektaPlanner* h = s.pick(in);
+    const int axis = in.axisIndex();
+    const int nSamples = in.sampleCount();
+    const bool nullCount = in.byte() % 16 == 0;
+    if (traceCalls) std::fprintf(stderr, "Sample%s axis %d nSamples %d\n", h ? "" : " (NULL planner)", axis, nSamples);
+    const int cap = (nSamples > 0 ? nSamples : 1) + kGuard;
+    Outputs o(cap - kGuard, 1);
+    int count = -12345;
+    const int r = vektaPlannerSample(h, axis, nSamples, o.get(0), o.get(1), o.get(2), nullCount ? nullptr : &count);
+    if (traceCalls) std::fprintf(stderr, "  returned %d, count %d\n", r, count);
+    if (h == nullptr || nullCount) {
+        if (r != -1 || !o.untouchedFrom(0)) return "sampling without a planner or count wrote or did not return -1";
+        return nullptr;
+    }
+    if (r != 0 && r != 1) return "sampling returned neither 0 nor 1";
+    if (count < 0 || count > (nSamples > 0 ? nSamples : 0)) return "sampling reported a count outside 0 .. nSamples";
+    if (!o.untouchedFrom(count)) return "sampling wrote beyond the samples it reported";
+    // Without a plan it may still sample a refused catch-up (as the default
+    // planner's sampling does), which no caller should; only bounds hold then.
+    if (!s.m.has || axis < 0 || axis >= s.m.axes) return nullptr;
+    double cache[3 * kMaxAxes];
+    double cacheTime = kNaN;
+    for (int j = 0; j < count; ++j) {
+        if (const char* f = sampledAt(s, axis, o.a[0][j], o.a[1][j], o.a[2][j], cache, cacheTime)) return f;
+    }
+    return nullptr;
+}
+
+// The getters and the plan check on the driver's planner (or the NULL one).
+const char* query(Session& s, Reader& in) {
+    VektaPlanner* h = s.pick(in);
+    const int which = in.byte() % 3;
+    if (which == 0) {
+        constexpr int kAxes[] = {
+            -1, 0, 1, 5, 6, 15, 16, 17, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+        const std::uint8_t b = in.byte();
+        const int axis = b % 12 < 10 ? kAxes[b % 12] : s.m.axes - (b % 12 - 10);  // the last axis, or one past it
+        const double t = vektaPlannerMinimumTime(h, axis);
+        if (traceCalls) std::fprintf(stderr, "MinimumTime axis %d: %.17g\n", axis, t);
+        if (h == nullptr || !s.m.has || axis < 0 || axis >= s.m.axes) {
+            return t == -1.0 ? nullptr : "MinimumTime without a planner, a plan or the axis did not return -1";
+        }
+        if (s.m.own && !(t >= 0.0 && t <= s.m.duration * (1.0 + 1e-9) + 1e-12)) {
+            return "an axis's minimum time is not within 0 .. Duration";
+        }
+    } else if (which == 1) {
+        const double left = vektaPlannerLeftTime(h);
+        if (traceCalls) std::fprintf(stderr, "LeftTime: %.17g\n", left);
+        if (!(left >= 0.0)) return "LeftTime returned a negative value or NaN";
+        if (h == nullptr && left != 0.0) return "LeftTime of a NULL planner is not 0";
+    } else {
+        int code = -1;
+        if (const char* f = checkPlanCall(in, true, h, &code)) return f;
+        if (traceCalls) std::fprintf(stderr, "Check: %d\n", code);
+        const bool passes = h != nullptr && s.m.has && s.m.checked;
+        if ((code == VEKTA_CHECK_OK) != passes) return "the plan check changed its verdict on a plan";
+    }
+    return h == nullptr ? nullPlannerCall(true) : nullptr;
+}
+
+// Switches, output and the planner's life cycle.
+const char* switches(Session& s, Reader& in) {
+    VektaPlanner* h = s.pick(in);
+    const std::uint8_t b = in.byte();
+    if (traceCalls) std::fprintf(stderr, "switch %d%s\n", b % 8, h ? "" : " (NULL planner)");
+    switch (b % 8) {
+        case 0:
+            vektaPlannerSetRecovery(h, b & 8);
+            if (h != nullptr) s.recovery = (b & 8) != 0;
+            return nullptr;
+        case 1: vektaPlannerSetTrace(h, b & 8); return nullptr;
+        case 2: vektaPlannerOutputToCallback(h, (b & 8) ? outputReceived : nullptr, &s.badOutput); return nullptr;
+        case 3: (b & 8) ? vektaPlannerOutputToStdout(h) : vektaPlannerOutputOff(h); return nullptr;
+        case 4:  // a new planner in the driver's memory
+            s.cur = s.inMem = vektaPlannerInit(s.mem);
+            return newPlanner(s);
+        case 5:  // a new planner from the heap, the last one made there freed
+            vektaPlannerDestroy(s.made);
+            s.made = vektaPlannerCreate();
+            s.cur = s.made != nullptr ? s.made : s.inMem;
+            return newPlanner(s);
+        case 6:  // destroying a planner in the caller's memory does nothing
+            vektaPlannerDestroy(s.inMem);
+            vektaPlannerDestroy(nullptr);
+            return nullptr;
+        default:  // no planner in no memory, nor in misaligned memory
+            if (vektaPlannerInit(nullptr) != nullptr) return "vektaPlannerInit made a planner without memory";
+            if (vektaPlannerInit(static_cast<char*>(s.mem) + 1 + 7 * (b % 2)) != nullptr) {
+                return "vektaPlannerInit made a planner in misaligned memory";
+            }
+            return nullptr;
+    }
+}
+
 }  // namespace
 
 const char* runInput(const std::uint8_t* data, std::size_t size) {
-    // Every input starts from the state at load: no plan, no update yet.
+    // Every input starts from the state at load: no plan, no update yet; and
+    // with a new planner of the driver's own.
     defaultState() = PlannerState{};
+    Session session;
+    if (const char* failure = newPlanner(session)) return failure;
     Reader in(data, size);
     int ops = 0;
     while (!in.done() && ops < 64) {
         ++ops;
         const char* failure = nullptr;
-        switch (in.byte() % 10) {
+        const std::uint8_t op = in.byte();
+        if (op >= 100) {  // the driver's planner
+            int result = 0;
+            switch ((op - 100) % 13) {
+                case 0:
+                case 1: failure = ownCall(session, in, kMove); break;
+                case 2: failure = ownCall(session, in, kStop); break;
+                case 3: failure = ownCall(session, in, kCatchUp); break;
+                case 4: failure = setPeriod(session, in); break;
+                case 5:
+                case 6: {
+                    VektaPlanner* h = session.pick(in);
+                    if (traceCalls) std::fprintf(stderr, "Next%s\n", h ? "" : " (NULL planner)");
+                    failure = nextCall(session, h, in.byte(), result);
+                    if (failure == nullptr && h == nullptr) failure = nullPlannerCall(result == -1);
+                    break;
+                }
+                case 7: failure = nextToEnd(session); break;
+                case 8: failure = stateAtCall(session, in); break;
+                case 9: {
+                    const int form = in.byte() % 3;
+                    failure = form == 0   ? positionUpdate(in, &session)
+                              : form == 1 ? velocityUpdate(in, &session)
+                                          : conveyorUpdate(in, &session);
+                    break;
+                }
+                case 10: failure = sampleCall(session, in); break;
+                case 11: failure = query(session, in); break;
+                default: failure = switches(session, in); break;
+            }
+            if (failure == nullptr) failure = checkSession(session);
+            if (failure != nullptr) return failure;
+            continue;
+        }
+        switch (op % 10) {
             case 0:
-            case 1: failure = positionUpdate(in); break;
-            case 2: failure = velocityUpdate(in); break;
-            case 3: failure = conveyorUpdate(in); break;
+            case 1: failure = positionUpdate(in, nullptr); break;
+            case 2: failure = velocityUpdate(in, nullptr); break;
+            case 3: failure = conveyorUpdate(in, nullptr); break;
             case 4:
             case 5: {
                 const int axis = in.axisIndex();
