@@ -28,8 +28,8 @@
 // accuracy. The PLNT residual is the plain end-position error (a quartic
 // with fixed coefficients), so by default its end meets the target only to
 // ABK's 1e-5, and the axis that sets the common end time stops short of its
-// target and ends early. For exact curves it is scaled as the others are, and
-// its root refined to the last bits (refineRoot in numeric/abk.h).
+// target and ends early. For exact curves it is scaled as the others are, so
+// that its root too is good to 1e-11 of that scale (findRoot below).
 //
 // Variants: ids 10..17 solve the even shape on the negated state and store
 // every value negated (times as they are). PLNt and PLNT look at the sign of
@@ -57,6 +57,19 @@ constexpr double kResidualGain = 1e6;
 constexpr double kCoordinateWeight = 1e-3;
 // Smallest length scale, relative to A^3/J^2 (a zero-length move has none).
 constexpr double kMinMotionScale = 1e-12;
+
+// The root search of every shape here. For an exact curve (recovery mode, the
+// library's own calls) a root the search accepted on the width of its
+// bracket alone, with a residual above its tolerance, is refined until the
+// scaled residual is within kExactResidual: an end within 1e-10 of the
+// motion's length scale (refineRoot in numeric/abk.h). A root that met the
+// tolerance is already well inside that and costs nothing more.
+constexpr double kExactResidual = 1e-4;
+
+template <typename Residual>
+bool findRoot(AxisPlan& rec, const Residual& residual, double* x, double lo, double hi) {
+    return rec.exact ? abkSolveExact(rec, residual, x, lo, hi, kExactResidual) : abkSolveWith(rec, residual, x, lo, hi);
+}
 
 // Gain of the scaled residuals for the record's present (solver-frame) state.
 double residualGain(const AxisPlan& rec) {
@@ -264,7 +277,7 @@ bool solveStep1PTNt(AxisPlan& rec, bool variant) {
     const double lo = std::fmax(v + (2.0 * A * A - a * a) / (2.0 * J), vt);
     const double hi = std::fmin(V, vt + A * A / J);
     double w = 0.0;
-    if (!abkSolveWith(rec, [&rec](double t) { return residualPTNt(rec, &t); }, &w, lo, hi)) return false;
+    if (!findRoot(rec, [&rec](double t) { return residualPTNt(rec, &t); }, &w, lo, hi)) return false;
 
     const double t1 = (A - a) / J;
     const double v1 = v + (A + a) * t1 / 2.0;
@@ -307,7 +320,7 @@ bool solveStep1PTNT(AxisPlan& rec, bool variant) {
     const double lo = v - a * a / (2.0 * J) <= vt ? vt + A * A / J
                                                   : v + (2.0 * A * A - a * a) / (2.0 * J);
     double x = 0.0;
-    if (!abkSolveWith(rec, [&rec](double t) { return residualPTNT(rec, &t); }, &x, lo, hi)) return false;
+    if (!findRoot(rec, [&rec](double t) { return residualPTNT(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (A - a) / J;
     const double v1 = v + (A + a) * t1 / 2.0;
@@ -358,7 +371,7 @@ bool solveStep1PtNT(AxisPlan& rec, bool variant) {
     double hi = A;
     if (V < v + (2.0 * A * A - a * a) / (2.0 * J)) hi = guardedRoot(J * (V - v) + a * a / 2.0);
     double x = 0.0;
-    if (!abkSolveWith(rec, [&rec](double t) { return residualPtNT(rec, &t); }, &x, lo, hi)) return false;
+    if (!findRoot(rec, [&rec](double t) { return residualPtNT(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (x - a) / J;
     const double v1 = v + (x + a) * t1 / 2.0;
@@ -412,7 +425,7 @@ bool solveStep1PtNt(AxisPlan& rec, bool variant) {
         }
     }
     double x = 0.0;
-    if (!abkSolveWith(rec, [&rec](double t) { return residualPtNt(rec, &t); }, &x, lo, hi)) return false;
+    if (!findRoot(rec, [&rec](double t) { return residualPtNt(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (x - a) / J;
     const double v1 = v + (x + a) * t1 / 2.0;
@@ -474,7 +487,7 @@ bool solvePLNt(AxisPlan& rec, PLNtBracket bracket) {
                           ? -guardedRoot(A * A + a * a / 2.0 - (v - vt) * J)
                           : -kRootGuard;
     double x = 0.0;
-    if (!abkSolveWith(rec, [&rec](double t) { return residualPLNt(rec, &t); }, &x, lo, 0.0)) return false;
+    if (!findRoot(rec, [&rec](double t) { return residualPLNt(rec, &t); }, &x, lo, 0.0)) return false;
 
     const double t1 = (x - a) / J;
     const double v1 = v + (x + a) * t1 / 2.0;
@@ -515,14 +528,7 @@ bool solveStep1PLNT(AxisPlan& rec) {
         lo = a;
     }
     double x = 0.0;
-    const auto residual = [&rec](double t) { return residualPLNT(rec, &t); };
-    // Exact: the scaled residual is good once it is the rounding of the
-    // positions, in its unit (rec.coefCache[10] is its gain).
-    const bool found =
-        rec.exact ? abkSolveExact(rec, residual, &x, lo, hi,
-                                  roundingOf(std::fmax(std::fabs(p), std::fabs(rec.tgtPos))) * residualGain(rec))
-                  : abkSolveWith(rec, residual, &x, lo, hi);
-    if (!found) return false;
+    if (!findRoot(rec, [&rec](double t) { return residualPLNT(rec, &t); }, &x, lo, hi)) return false;
 
     const double t1 = (x - a) / J;
     const double t2 = (x + A) / J;
