@@ -85,16 +85,22 @@ struct JoinTolerance {
 // An exact curve's scale: in length, the larger of its start and end
 // positions, the distance its velocity limit covers in the plan's time and
 // while that velocity is reached (V^2 / A); in velocity, the limit or the
-// start's velocity when that is beyond it (the curve brings it back).
+// start's velocity when that is beyond it (the curve brings it back). A
+// conveyor plan is checked in the conveyor's frame but stored in the fixed
+// one: the positions of both frames count (the rounding of the shift between
+// them is that of the larger).
 struct MotionScale {
     double pos, vel;
 };
 
-MotionScale motionScale(const AxisPlan& r) {
+MotionScale motionScale(const AxisPlan& r, const AxisPlan& stored) {
     const int last = r.pointCount - 1;
     const double V = r.maxVel;
     MotionScale s{V * r.secTime[last], std::fabs(r.secVel[0]) > V ? std::fabs(r.secVel[0]) : V};
-    const double ends[3] = {V * V / r.maxAcc, std::fabs(r.secPos[0]), std::fabs(r.secPos[last])};
+    const double vels[2] = {stored.secVel[0], stored.secVel[last]};
+    for (const double v : vels) s.vel = std::fabs(v) > s.vel ? std::fabs(v) : s.vel;
+    const double ends[5] = {V * V / r.maxAcc, std::fabs(r.secPos[0]), std::fabs(r.secPos[last]),
+                            std::fabs(stored.secPos[0]), std::fabs(stored.secPos[last])};
     for (const double e : ends) s.pos = e > s.pos ? e : s.pos;
     return s;
 }
@@ -161,7 +167,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
     MotionScale scale{};
     const MotionScale* exact = nullptr;
     if (rec.exact) {
-        scale = motionScale(r);
+        scale = motionScale(r, rec);
         exact = &scale;
     }
     bool accHeld = within(r.secAcc[0], A);
