@@ -97,7 +97,6 @@ public:
             default: return limit ? 0.05 + u16() / 2048.0 : (u16() - 32768.0) / 4096.0;
         }
     }
-    double limit() { return value(true); }
     int axisIndex() {
         const std::uint8_t b = byte();
         return b == 255 ? kIntMax : b == 254 ? kIntMin : b % 10 - 2;  // -2 .. 7
@@ -212,30 +211,22 @@ const char* checkPlanCall(Reader& in, bool onHandle = false, const VektaPlanner*
     return nullptr;
 }
 
-// One sampling call of the default planner; checks the result, the count and
-// that nothing beyond the written samples changed. At least one entry: the
-// single-axis diagnostic reads pos[0] even when nothing is written.
-struct SampleResult {
-    const char* failure;
-    int finished, count;
-    double pos, vel, acc;  // the last sample written
-};
+// What any sampling call of one axis must keep: its result, the count it
+// reports, and nothing written beyond the samples counted.
+const char* sampleBounds(int r, int count, int nSamples, const Outputs& o) {
+    if (r != 0 && r != 1) return "sampling returned neither 0 nor 1";
+    if (count < 0 || count > (nSamples > 0 ? nSamples : 0)) return "sampling reported a count outside 0 .. nSamples";
+    return o.untouchedFrom(count) ? nullptr : "sampling wrote beyond the samples it reported";
+}
 
-SampleResult sampleOnce(int axis, int nSamples, bool velocityName) {
-    SampleResult res{nullptr, 0, -12345, 0.0, 0.0, 0.0};
-    Outputs o(nSamples > 0 ? nSamples : 1, 1);
+// One sampling call of the default planner into o. At least one entry: the
+// single-axis diagnostic reads pos[0] even when nothing is written.
+const char* sampleOnce(int axis, int nSamples, bool velocityName, int& finished, int& count, Outputs& o) {
+    o = Outputs(nSamples > 0 ? nSamples : 1, 1);
+    count = -12345;
     const auto sample = velocityName ? vektaVelocityModePerFreedom : vektaPositionModePerFreedom;
-    res.finished = sample(axis, nSamples, o.get(0), o.get(1), o.get(2), res.count);
-    if (res.finished != 0 && res.finished != 1) {
-        res.failure = "sampling returned neither 0 nor 1";
-    } else if (res.count < 0 || res.count > (nSamples > 0 ? nSamples : 0)) {
-        res.failure = "sampling reported a count outside 0 .. nSamples";
-    } else if (!o.untouchedFrom(res.count)) {
-        res.failure = "sampling wrote beyond the samples it reported";
-    } else if (res.count > 0) {
-        res.pos = o.a[0][res.count - 1], res.vel = o.a[1][res.count - 1], res.acc = o.a[2][res.count - 1];
-    }
-    return res;
+    finished = sample(axis, nSamples, o.get(0), o.get(1), o.get(2), count);
+    return sampleBounds(finished, count, nSamples, o);
 }
 
 // Sample every planned axis period by period to its end. A plan that passes
@@ -258,14 +249,14 @@ const char* sampleToEnd(bool velocityName) {
             mustFinish = periods <= kLongPlan;
             if (mustFinish) budget = static_cast<int>(periods);
         }
-        SampleResult res{};
-        for (int calls = 0; calls < budget && res.finished != 1; ++calls) {
-            res = sampleOnce(axis, 1, velocityName);
-            if (res.failure != nullptr) return res.failure;
+        int finished = 0, count = 0;
+        Outputs o(1, 1);
+        for (int calls = 0; calls < budget && finished != 1; ++calls) {
+            if (const char* f = sampleOnce(axis, 1, velocityName, finished, count, o)) return f;
         }
         if (!mustFinish) continue;
-        if (res.finished != 1) return "a checked plan did not finish within its planned periods";
-        if (res.count != 1) return "a finished axis returned no sample";
+        if (finished != 1) return "a checked plan did not finish within its planned periods";
+        if (count != 1) return "a finished axis returned no sample";
         // The last sample is the end sample, or a curve sample taken exactly
         // at the end time: the end state up to rounding, and up to the check's
         // position tolerance (a synchronised axis's last section may miss its
@@ -278,9 +269,9 @@ const char* sampleToEnd(bool velocityName) {
             vScale = std::fmax(vScale, std::fabs(r.secVel[i]));
             aScale = std::fmax(aScale, std::fabs(r.secAcc[i]));
         }
-        if (std::fabs(res.acc) > 1e-6 * aScale + 1e-5 ||
-            std::fabs(res.vel - r.tgtVel) > 1e-6 * vScale + 1e-5 * r.secTime[last] ||
-            std::fabs(res.pos - r.secPos[last]) > 2e-5 + 2e-9 * pScale) {
+        if (std::fabs(o.a[2][0]) > 1e-6 * aScale + 1e-5 ||
+            std::fabs(o.a[1][0] - r.tgtVel) > 1e-6 * vScale + 1e-5 * r.secTime[last] ||
+            std::fabs(o.a[0][0] - r.secPos[last]) > 2e-5 + 2e-9 * pScale) {
             return "a checked plan's last sample is not its end state";
         }
     }
@@ -299,15 +290,15 @@ struct AxisModel {
     double endPos, endVel, posTol;  // endPos NaN: a stop, no position asked for
 };
 
+// The plan: whether the planner holds one (Axes > 0), whether the plan check
+// passes it, whether Move, Stop or CatchUp made it (start and end known); its
+// axes, duration and period; the planner's period setting, for the plans that
+// follow; the periods sampled on each axis since the plan.
 struct Model {
-    bool has = false;      // the planner holds a plan (Axes > 0)
-    bool checked = false;  // one that the plan check passes
-    bool own = false;      // made by Move, Stop or CatchUp (start and end known)
+    bool has = false, checked = false, own = false;
     int axes = 0;
-    double duration = 0.0;
-    double period = 0.0;            // the plan's
-    double setting = kCyclePeriod;  // the planner's, for the plans that follow
-    int sampled[kMaxAxes] = {};     // periods sampled on each axis since the plan
+    double duration = 0.0, period = 0.0, setting = kCyclePeriod;
+    int sampled[kMaxAxes] = {};
     AxisModel axis[kMaxAxes];
 };
 
@@ -366,9 +357,9 @@ const char* checkSession(const Session& s) {
     if (strnlen(vektaPlannerError(s.cur), kErrorCapacity) >= kErrorCapacity) {
         return "the reason is not terminated within its capacity";
     }
-    if (vektaPlannerAxes(s.cur) != (s.m.has ? s.m.axes : 0)) return "the plan's axis count changed by itself";
-    if (!sameBits(vektaPlannerDuration(s.cur), s.m.has ? s.m.duration : 0.0)) {
-        return "the plan's duration changed by itself";
+    if (vektaPlannerAxes(s.cur) != (s.m.has ? s.m.axes : 0) ||
+        !sameBits(vektaPlannerDuration(s.cur), s.m.has ? s.m.duration : 0.0)) {
+        return "the plan's axis count or duration changed by itself";
     }
     if (vektaPlannerPeriod(s.cur) != s.m.setting) return "the planner's period changed by itself";
     return s.badOutput ? "the output callback got an empty or unterminated message" : nullptr;
@@ -409,17 +400,18 @@ const char* const kArrayNames[kArrayArgs] = {"target", "maxVel", "maxAcc", "maxJ
 constexpr bool kTakes[3][kArrayArgs] = {{1, 1, 1, 1, 1, 1, 1}, {0, 1, 1, 1, 1, 1, 1}, {1, 1, 1, 1, 0, 0, 0}};
 
 struct Request {
-    int call = kMove;
-    int axes = 0;
+    int call, axes = 0;
     double conveyorVel = 0.0, conveyorLimit = 0.0;
     Arr arrays[kArrayArgs];
     const char* bad[kArrayArgs + 3];  // the arguments the call must refuse
     int badCount = 0;
     const double* get(int k) const { return arrays[k].get(); }
     double value(int k, int i) const { return arrays[k] ? arrays[k][i] : 0.0; }
+    Request(Reader& in, int call);
 };
 
-void readRequest(Reader& in, Request& q) {
+Request::Request(Reader& in, int c) : call(c) {
+    Request& q = *this;
     q.axes = in.ownAxisCount();
     if (q.call == kCatchUp) q.conveyorVel = in.value(), q.conveyorLimit = in.value();
     const bool validAxes = q.axes >= 1 && q.axes <= kMaxAxes;
@@ -482,18 +474,14 @@ const char* refused(Session& s, const char* reason) {
 const char* learnPlan(Session& s, const Request* q) {
     Model& m = s.m;
     const PlannerState& st = stateOf(s.cur);
-    m.has = true;
-    m.own = q != nullptr;
-    m.axes = vektaPlannerAxes(s.cur);
-    m.duration = vektaPlannerDuration(s.cur);
-    m.period = m.setting;
+    m.has = true, m.own = q != nullptr, m.period = m.setting;
+    m.axes = vektaPlannerAxes(s.cur), m.duration = vektaPlannerDuration(s.cur);
     m.checked = vektaPlannerCheck(s.cur, nullptr, 0) == VEKTA_CHECK_OK;
     for (int i = 0; i < m.axes; ++i) {
         const AxisPlan& r = st.records[i];
         AxisModel& x = m.axis[i];
         m.sampled[i] = 0;
-        x.maxVel = r.maxVel;
-        x.maxAcc = r.maxAcc;
+        x.maxVel = r.maxVel, x.maxAcc = r.maxAcc;
         x.frameVel = st.planMode == kConveyorPlan && i == 0 ? r.tgtVel : 0.0;
         x.velFrom = x.accFrom = kInf;
         double pScale = 0.0;
@@ -513,8 +501,7 @@ const char* learnPlan(Session& s, const Request* q) {
             return "a plan of the library's own is not planned with the limits asked for";
         }
         const bool catchUp = q->call == kCatchUp;
-        x.startPos = catchUp ? 0.0 : q->get(kPos)[i];
-        x.startVel = catchUp ? 0.0 : q->value(kVel, i);
+        x.startPos = catchUp ? 0.0 : q->get(kPos)[i], x.startVel = catchUp ? 0.0 : q->value(kVel, i);
         x.startAcc = catchUp ? 0.0 : q->value(kAcc, i);
         x.endVel = catchUp && i == 0 ? q->conveyorVel : 0.0;
         x.endPos = q->call == kStop ? kNaN : q->get(kTarget)[i];
@@ -538,9 +525,7 @@ const char* checkStartAndEnd(Session& s) {
 
 const char* ownCall(Session& s, Reader& in, int call) {
     VektaPlanner* h = s.pick(in);
-    Request q;
-    q.call = call;
-    readRequest(in, q);
+    const Request q(in, call);
     const int status = callOwn(h, q);
     if (h == nullptr) return nullPlannerCall(status == VEKTA_INVALID_ARGUMENT);
     const char* reason = vektaPlannerError(h);
@@ -578,7 +563,7 @@ const char* update(Reader& in, Session* s, int form) {
     if (form == 2) conveyorVel = in.value(), conveyorLimit = in.value();
     const Arr tgt = form != 1 ? readArray(in, n, false) : nullptr;
     const Arr vmax = readArray(in, n, true), amax = readArray(in, n, true);
-    const double ratio = in.limit();
+    const double ratio = in.value(true);
     Arr p, v, a;
     if (form != 2) p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
     const double spare = form == 2 && (in.byte() & 1) ? 0.01 : in.value();
@@ -708,8 +693,7 @@ const char* stateAtCall(Session& s, Reader& in) {
 // The handle form's sampling, one axis, on the same cursor as Next.
 const char* sampleCall(Session& s, Reader& in) {
     VektaPlanner* h = s.pick(in);
-    const int axis = in.axisIndex();
-    const int nSamples = in.from(kSampleCounts);
+    const int axis = in.axisIndex(), nSamples = in.from(kSampleCounts);
     const bool nullCount = in.byte() % 16 == 0;
     Outputs o(nSamples > 0 ? nSamples : 1, 1);
     int count = -12345;
@@ -718,9 +702,7 @@ const char* sampleCall(Session& s, Reader& in) {
         return r != -1 || !o.untouchedFrom(0) ? "sampling without a planner or count wrote or did not return -1"
                                               : nullptr;
     }
-    if (r != 0 && r != 1) return "sampling returned neither 0 nor 1";
-    if (count < 0 || count > (nSamples > 0 ? nSamples : 0)) return "sampling reported a count outside 0 .. nSamples";
-    if (!o.untouchedFrom(count)) return "sampling wrote beyond the samples it reported";
+    if (const char* f = sampleBounds(r, count, nSamples, o)) return f;
     // Without a plan it may still sample a refused catch-up (as the default
     // planner's sampling does), which no caller should; only bounds hold then.
     if (!s.m.has || axis < 0 || axis >= s.m.axes) return nullptr;
@@ -773,52 +755,45 @@ const char* switches(Session& s, Reader& in) {
         case 1: vektaPlannerSetTrace(h, on); return nullptr;
         case 2: vektaPlannerOutputToCallback(h, on ? outputReceived : nullptr, &s.badOutput); return nullptr;
         case 3: on ? vektaPlannerOutputToStdout(h) : vektaPlannerOutputOff(h); return nullptr;
-        case 4:  // a new planner in the driver's memory
-            s.cur = s.inMem = vektaPlannerInit(s.mem);
-            return newPlanner(s);
+        case 4: s.cur = s.inMem = vektaPlannerInit(s.mem); return newPlanner(s);  // in the driver's memory
         case 5:  // a new planner from the heap, the last one made there freed
             vektaPlannerDestroy(s.made);
             s.made = vektaPlannerCreate();
             s.cur = s.made != nullptr ? s.made : s.inMem;
             return newPlanner(s);
         case 6:  // destroying a planner in the caller's memory does nothing
-            vektaPlannerDestroy(s.inMem);
-            vektaPlannerDestroy(nullptr);
+            vektaPlannerDestroy(s.inMem), vektaPlannerDestroy(nullptr);
             return nullptr;
         default:  // no planner in no memory, nor in misaligned memory
             if (vektaPlannerInit(nullptr) != nullptr) return "vektaPlannerInit made a planner without memory";
-            if (vektaPlannerInit(static_cast<char*>(s.mem) + 1 + 7 * (b % 2)) != nullptr) {
-                return "vektaPlannerInit made a planner in misaligned memory";
-            }
-            return nullptr;
+            return vektaPlannerInit(static_cast<char*>(s.mem) + 1 + 7 * (b % 2)) == nullptr
+                       ? nullptr
+                       : "vektaPlannerInit made a planner in misaligned memory";
     }
 }
 
-// One operation on the driver's planner (op >= 100), then its properties.
+// One operation on the driver's planner (op >= 100).
 const char* ownOperation(Session& s, Reader& in, int op) {
-    const char* f = nullptr;
     switch (op % 13) {
         case 0:
-        case 1: f = ownCall(s, in, kMove); break;
-        case 2: f = ownCall(s, in, kStop); break;
-        case 3: f = ownCall(s, in, kCatchUp); break;
-        case 4: f = setPeriod(s, in); break;
+        case 1: return ownCall(s, in, kMove);
+        case 2: return ownCall(s, in, kStop);
+        case 3: return ownCall(s, in, kCatchUp);
+        case 4: return setPeriod(s, in);
         case 5:
         case 6: {
             VektaPlanner* h = s.pick(in);
             int result = 0;
-            f = nextCall(s, h, in.byte(), result);
-            if (f == nullptr && h == nullptr) f = nullPlannerCall(result == -1);
-            break;
+            const char* f = nextCall(s, h, in.byte(), result);
+            return f == nullptr && h == nullptr ? nullPlannerCall(result == -1) : f;
         }
-        case 7: f = nextToEnd(s); break;
-        case 8: f = stateAtCall(s, in); break;
-        case 9: f = update(in, &s, in.byte() % 3); break;
-        case 10: f = sampleCall(s, in); break;
-        case 11: f = query(s, in); break;
-        default: f = switches(s, in); break;
+        case 7: return nextToEnd(s);
+        case 8: return stateAtCall(s, in);
+        case 9: return update(in, &s, in.byte() % 3);
+        case 10: return sampleCall(s, in);
+        case 11: return query(s, in);
+        default: return switches(s, in);
     }
-    return f != nullptr ? f : checkSession(s);
 }
 
 // One operation on the default planner (op < 100).
@@ -830,9 +805,10 @@ const char* defaultOperation(Reader& in, int op) {
         case 3: return update(in, nullptr, 2);
         case 4:
         case 5: {
-            const int axis = in.axisIndex();
-            const int nSamples = in.from(kSampleCounts);
-            return sampleOnce(axis, nSamples, (in.byte() & 1) != 0).failure;
+            const int axis = in.axisIndex(), nSamples = in.from(kSampleCounts);
+            int finished, count;
+            Outputs o(0, 1);
+            return sampleOnce(axis, nSamples, (in.byte() & 1) != 0, finished, count, o);
         }
         case 6: return sampleToEnd((in.byte() & 1) != 0);
         case 7: return checkPlanCall(in);
@@ -853,7 +829,9 @@ const char* runInput(const std::uint8_t* data, std::size_t size) {
     for (int ops = 0; ops < 64 && !in.done(); ++ops) {
         const std::uint8_t op = in.byte();
         if (traceCalls) std::fprintf(stderr, "operation %d\n", op);
-        const char* failure = op >= 100 ? ownOperation(session, in, op - 100) : defaultOperation(in, op);
+        const char* failure = op < 100 ? defaultOperation(in, op) : ownOperation(session, in, op - 100);
+        // The driver's planner's properties after every operation on it.
+        if (failure == nullptr && op >= 100) failure = checkSession(session);
         if (failure != nullptr) return failure;
     }
     return nullptr;
