@@ -71,7 +71,6 @@ constexpr double kToEndAxisPeriods = 2e6;
 
 bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 bool withinLimit(double x, double limit) { return std::fabs(x) <= limit * (1.0 + kLimitSlack); }
-bool finite3(double p, double v, double a) { return std::isfinite(p) && std::isfinite(v) && std::isfinite(a); }
 
 class Reader {
 public:
@@ -175,6 +174,11 @@ struct Outputs {
         return true;
     }
 };
+
+// A sampling call that must fail: -1, and nothing written.
+const char* noSample(int r, const Outputs& o, const char* what) {
+    return r != -1 || !o.untouchedFrom(0) ? what : nullptr;
+}
 
 // ---- The default planner
 
@@ -315,8 +319,8 @@ struct Session {
     VektaPlanner* inMem = vektaPlannerInit(mem);
     VektaPlanner* made = nullptr;
     VektaPlanner* cur = inMem;  // the planner the operations act on
-    bool recovery = false;
-    bool badOutput = false;  // the output callback got a malformed message
+    // Recovery mode on; the output callback got a malformed message.
+    bool recovery = false, badOutput = false;
     double toEndLeft = kToEndAxisPeriods;
     Model m;
     ~Session() { vektaPlannerDestroy(made), std::free(mem); }
@@ -328,7 +332,9 @@ struct Session {
 const char* checkState(const Model& m, int i, double t, double p, double v, double a) {
     if (!m.checked) return nullptr;
     const AxisModel& x = m.axis[i];
-    if (!finite3(p, v, a)) return "a plan the check passes handed out a value that is not finite";
+    if (!std::isfinite(p) || !std::isfinite(v) || !std::isfinite(a)) {
+        return "a plan the check passes handed out a value that is not finite";
+    }
     const double frameRounding = 4.0 * DBL_EPSILON * std::fabs(x.frameVel);
     if ((t > x.velFrom || x.velFrom == 0.0) &&
         !(std::fabs(v - x.frameVel) <= x.maxVel * (1.0 + kLimitSlack) + frameRounding)) {
@@ -462,11 +468,9 @@ const char* refused(Session& s, const char* reason) {
         return "a refused call left a plan";
     }
     Outputs next(0, 1), at(0, 1);
-    if (vektaPlannerNext(s.cur, next.get(0), next.get(1), next.get(2)) != -1 || !next.untouchedFrom(0) ||
-        vektaPlannerStateAt(s.cur, 0.0, at.get(0), at.get(1), at.get(2)) != -1 || !at.untouchedFrom(0)) {
-        return "a refused call left a plan to sample";
-    }
-    return nullptr;
+    const char* f = "a refused call left a plan to sample";
+    if (const char* g = noSample(vektaPlannerNext(s.cur, next.get(0), next.get(1), next.get(2)), next, f)) return g;
+    return noSample(vektaPlannerStateAt(s.cur, 0.0, at.get(0), at.get(1), at.get(2)), at, f);
 }
 
 // The plan a call has just made. q: the call of the library's own that made
@@ -607,8 +611,8 @@ const char* setPeriod(Session& s, Reader& in) {
         return nullptr;
     }
     if (status != VEKTA_INVALID_ARGUMENT) return "a period outside the accepted range was not refused as invalid";
-    if (std::strstr(vektaPlannerError(h), "period is ") == nullptr) return "the reason of a bad period does not name it";
-    return refused(s, vektaPlannerError(h));
+    const char* reason = vektaPlannerError(h);
+    return std::strstr(reason, "period is ") ? refused(s, reason) : "the reason of a bad period does not name it";
 }
 
 // ---- Sampling the driver's planner
@@ -634,9 +638,7 @@ const char* nextCall(Session& s, VektaPlanner* h, std::uint8_t sel, int& result)
     Outputs o(axes, sel);
     result = vektaPlannerNext(h, o.get(0), o.get(1), o.get(2));
     if (h == nullptr || !s.m.has || o.anyNull()) {
-        return result != -1 || !o.untouchedFrom(0)
-                   ? "Next without a planner, a plan or an array wrote or did not return -1"
-                   : nullptr;
+        return noSample(result, o, "Next without a planner, a plan or an array wrote or did not return -1");
     }
     if (result != 0 && result != 1) return "Next returned neither 0 nor 1";
     if (!o.untouchedFrom(axes)) return "Next wrote beyond the plan's axes";
@@ -678,9 +680,7 @@ const char* stateAtCall(Session& s, Reader& in) {
     Outputs o(axes, in.byte());
     const int r = vektaPlannerStateAt(h, t, o.get(0), o.get(1), o.get(2));
     if (h == nullptr || !s.m.has || o.anyNull() || std::isnan(t)) {
-        return r != -1 || !o.untouchedFrom(0)
-                   ? "StateAt without a planner, a plan, an array or a time wrote or did not return -1"
-                   : nullptr;
+        return noSample(r, o, "StateAt without a planner, a plan, an array or a time wrote or did not return -1");
     }
     if (r != 0) return "StateAt failed on a plan";
     if (!o.untouchedFrom(axes)) return "StateAt wrote beyond the plan's axes";
@@ -699,8 +699,7 @@ const char* sampleCall(Session& s, Reader& in) {
     int count = -12345;
     const int r = vektaPlannerSample(h, axis, nSamples, o.get(0), o.get(1), o.get(2), nullCount ? nullptr : &count);
     if (h == nullptr || nullCount) {
-        return r != -1 || !o.untouchedFrom(0) ? "sampling without a planner or count wrote or did not return -1"
-                                              : nullptr;
+        return noSample(r, o, "sampling without a planner or count wrote or did not return -1");
     }
     if (const char* f = sampleBounds(r, count, nSamples, o)) return f;
     // Without a plan it may still sample a refused catch-up (as the default
