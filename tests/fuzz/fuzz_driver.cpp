@@ -135,8 +135,7 @@ public:
 
 private:
     const std::uint8_t* d_;
-    std::size_t n_;
-    std::size_t i_ = 0;
+    std::size_t n_, i_ = 0;
 };
 
 // One array argument of a vekta.h update: exactly n entries (one value for
@@ -244,15 +243,11 @@ const char* sampleToEnd(bool velocityName) {
     const bool checked = vektaCheckPlan(nullptr, 0) == VEKTA_CHECK_OK;
     for (int axis = 0; axis < st.axisCount; ++axis) {
         const AxisPlan& r = st.records[axis];
-        const int last = r.pointCount - 1;
-        int budget = kBlindSampleCalls;
-        bool mustFinish = false;
-        if (checked) {
-            const double left = r.secTime[last] - r.sampleCount * kCyclePeriod;
-            const double periods = left > 0.0 ? std::ceil(left / kCyclePeriod) + 1.0 : 1.0;
-            mustFinish = periods <= kLongPlan;
-            if (mustFinish) budget = static_cast<int>(periods);
-        }
+        const int last = r.pointCount - 1;  // an axis of a checked plan has points
+        const double left = checked ? r.secTime[last] - r.sampleCount * kCyclePeriod : 0.0;
+        const double periods = left > 0.0 ? std::ceil(left / kCyclePeriod) + 1.0 : 1.0;
+        const bool mustFinish = checked && periods <= kLongPlan;
+        const int budget = mustFinish ? static_cast<int>(periods) : kBlindSampleCalls;
         int finished = 0, count = 0;
         Outputs o(1, 1);
         for (int calls = 0; calls < budget && finished != 1; ++calls) {
@@ -376,11 +371,10 @@ const char* newPlanner(Session& s) {
     s.m = Model{};
     s.recovery = s.badOutput = false;
     if (s.cur == nullptr) return "a planner could not be made";
-    if (vektaPlannerAxes(s.cur) != 0 || vektaPlannerDuration(s.cur) != 0.0 || vektaPlannerError(s.cur)[0] != '\0' ||
-        vektaPlannerCheck(s.cur, nullptr, 0) != VEKTA_CHECK_NO_PLAN) {
-        return "a new planner is not empty";
-    }
-    return nullptr;
+    const bool empty = vektaPlannerAxes(s.cur) == 0 && vektaPlannerDuration(s.cur) == 0.0 &&
+                       vektaPlannerError(s.cur)[0] == '\0' &&
+                       vektaPlannerCheck(s.cur, nullptr, 0) == VEKTA_CHECK_NO_PLAN;
+    return empty ? nullptr : "a new planner is not empty";
 }
 
 // After a call on the NULL planner: its failure value, and the words for it;
@@ -390,11 +384,10 @@ const char* nullPlannerCall(bool failureValue) {
     if (std::strcmp(vektaPlannerError(nullptr), "planner is NULL") != 0) {
         return "the NULL planner's reason is not \"planner is NULL\"";
     }
-    if (vektaPlannerAxes(nullptr) != 0 || vektaPlannerDuration(nullptr) != 0.0 || vektaPlannerPeriod(nullptr) != 0.0 ||
-        vektaPlannerMinimumTime(nullptr, 0) != -1.0 || vektaPlannerLeftTime(nullptr) != 0.0) {
-        return "a getter on a NULL planner did not return its failure value";
-    }
-    return nullptr;
+    const bool failures = vektaPlannerAxes(nullptr) == 0 && vektaPlannerDuration(nullptr) == 0.0 &&
+                          vektaPlannerPeriod(nullptr) == 0.0 && vektaPlannerMinimumTime(nullptr, 0) == -1.0 &&
+                          vektaPlannerLeftTime(nullptr) == 0.0;
+    return failures ? nullptr : "a getter on a NULL planner did not return its failure value";
 }
 
 // ---- The library's own calls
@@ -571,21 +564,18 @@ const char* update(Reader& in, Session* s, int form) {
     Arr p, v, a;
     if (form != 2) p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
     const double spare = form == 2 && (in.byte() & 1) ? 0.01 : in.value();
+    const double *T = tgt.get(), *V = vmax.get(), *A = amax.get(), *P = p.get(), *PV = v.get(), *PA = a.get();
     int ok;
     if (s == nullptr) {
-        ok = form == 0   ? vektaPostionModeParaUpd(n, tgt.get(), vmax.get(), amax.get(), ratio, p.get(), v.get(),
-                                                   a.get(), spare)
-             : form == 1 ? vektaVelocityModeParaUpd(n, vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get(), spare)
-                         : vektaPostionModeParaUpdConveyor(n, conveyorVel, conveyorLimit, tgt.get(), vmax.get(),
-                                                           amax.get(), ratio, spare);
+        ok = form == 0   ? vektaPostionModeParaUpd(n, T, V, A, ratio, P, PV, PA, spare)
+             : form == 1 ? vektaVelocityModeParaUpd(n, V, A, ratio, P, PV, PA, spare)
+                         : vektaPostionModeParaUpdConveyor(n, conveyorVel, conveyorLimit, T, V, A, ratio, spare);
         if (ok && n != 1 && n != 6) return "an update with a bad axis count was accepted";
         return checkRecords();
     }
-    ok = form == 0   ? vektaPlannerPositionUpdate(h, n, tgt.get(), vmax.get(), amax.get(), ratio, p.get(), v.get(),
-                                                  a.get())
-         : form == 1 ? vektaPlannerVelocityUpdate(h, n, vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get())
-                     : vektaPlannerConveyorUpdate(h, n, conveyorVel, conveyorLimit, tgt.get(), vmax.get(), amax.get(),
-                                                  ratio, spare);
+    ok = form == 0   ? vektaPlannerPositionUpdate(h, n, T, V, A, ratio, P, PV, PA)
+         : form == 1 ? vektaPlannerVelocityUpdate(h, n, V, A, ratio, P, PV, PA)
+                     : vektaPlannerConveyorUpdate(h, n, conveyorVel, conveyorLimit, T, V, A, ratio, spare);
     if (h == nullptr) return nullPlannerCall(ok == 0);
     if (ok != 0 && ok != 1) return "a handle form's update returned neither 0 nor 1";
     // A failed update leaves no plan, or (a conveyor update refused for its
