@@ -26,6 +26,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <memory>
 
@@ -39,184 +40,25 @@ bool traceCalls = false;
 
 namespace {
 
+using Arr = std::unique_ptr<double[]>;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr int kIntMin = std::numeric_limits<int>::min(), kIntMax = std::numeric_limits<int>::max();
 
-constexpr double kHostile[] = {
-    0.0,   -0.0,  1.0,    -1.0,  kNaN,  kInf,    -kInf,  1e-9,   -1e-9,  1e9,  -1e9,
-    1e-300, 1e300, 4.9e-324, std::numeric_limits<double>::max(),  -std::numeric_limits<double>::max(),
-    0.005, 0.002, 0.0019, 2.0,   10.0,  1e-5,   1e5,    -1e5,   0.5,    3.0, -3.0};
-constexpr int kHostileCount = sizeof(kHostile) / sizeof(kHostile[0]);
-
-constexpr int kAxisCounts[] = {1, 6, 1, 6, 1, 6, 0, 2, 5, 7, -1, std::numeric_limits<int>::min()};
-constexpr int kSampleCounts[] = {1, 1, 1, 2, 3, 13, 40, 0, -1, std::numeric_limits<int>::min()};
+constexpr double kHostile[] = {0.0,   -0.0,   1.0,   -1.0,     kNaN,    kInf,     -kInf, 1e-9, -1e-9, 1e9,
+                               -1e9,  1e-300, 1e300, 4.9e-324, DBL_MAX, -DBL_MAX, 0.005, 0.002, 0.0019, 2.0,
+                               10.0,  1e-5,   1e5,   -1e5,     0.5,     3.0,      -3.0};
+constexpr int kAxisCounts[] = {1, 6, 1, 6, 1, 6, 0, 2, 5, 7, -1, kIntMin};
+constexpr int kSampleCounts[] = {1, 1, 1, 2, 3, 13, 40, 0, -1, kIntMin};
 
 // Guard entries after the caller's arrays, and the marker they hold.
 constexpr int kGuard = 4;
 constexpr double kMarker = -7.25e77;
-
 // Upper bound on the sampling calls spent on one axis by a "sample to the end"
 // operation when the plan did not pass the check (no end is promised then).
 constexpr int kBlindSampleCalls = 400;
 // Checked plans up to this many periods (100 s) are sampled to their end.
 constexpr double kLongPlan = 20000.0;
-
-class Reader {
-public:
-    Reader(const std::uint8_t* d, std::size_t n) : d_(d), n_(n) {}
-    bool done() const { return i_ >= n_; }
-    std::uint8_t byte() { return i_ < n_ ? d_[i_++] : 0; }
-    std::uint16_t u16() { return static_cast<std::uint16_t>(byte() | (byte() << 8)); }
-    double raw() {
-        std::uint64_t bits = 0;
-        for (int k = 0; k < 8; ++k) bits |= static_cast<std::uint64_t>(byte()) << (8 * k);
-        double x;
-        std::memcpy(&x, &bits, sizeof x);
-        return x;
-    }
-    // Any double: hostile, plausible (-8 .. 8), or raw.
-    double value() {
-        const std::uint8_t sel = byte();
-        switch (sel % 8) {
-            case 0: return kHostile[byte() % kHostileCount];
-            case 7: return raw();
-            default: return (static_cast<double>(u16()) - 32768.0) / 4096.0;
-        }
-    }
-    // A limit: mostly a plausible positive value, sometimes anything.
-    double limit() {
-        const std::uint8_t sel = byte();
-        switch (sel % 8) {
-            case 0: return kHostile[byte() % kHostileCount];
-            case 7: return raw();
-            default: return 0.05 + static_cast<double>(u16()) / 2048.0;
-        }
-    }
-    int axisCount() { return kAxisCounts[byte() % (sizeof(kAxisCounts) / sizeof(int))]; }
-    int sampleCount() { return kSampleCounts[byte() % (sizeof(kSampleCounts) / sizeof(int))]; }
-    int axisIndex() {
-        const std::uint8_t b = byte();
-        if (b == 255) return std::numeric_limits<int>::max();
-        if (b == 254) return std::numeric_limits<int>::min();
-        return static_cast<int>(b % 10) - 2;  // -2 .. 7
-    }
-
-    // An axis count for the library's own calls: 0 .. 17, hostile ints, and
-    // the usual arms once more.
-    int ownAxisCount() {
-        constexpr int more[] = {std::numeric_limits<int>::min(), -1, 1 << 30, 6, 7, 16};
-        const int b = byte() % 24;
-        return b < 18 ? b : more[b - 18];
-    }
-    // A control period: hostile, an edge of the accepted range or just
-    // outside it, or a plausible one (0.1 .. 65.6 ms).
-    double period() {
-        static const double edges[] = {
-            0.0,   -0.001, kNaN, 1e-9, 1e9, 1e-4, 1.0, std::nextafter(1e-4, 0.0), std::nextafter(1.0, 2.0),
-            0.001, 0.0005, 0.25};
-        switch (byte() % 4) {
-            case 0: return kHostile[byte() % kHostileCount];
-            case 1: return edges[byte() % (sizeof edges / sizeof edges[0])];
-            default: return 1e-4 + u16() * 1e-6;
-        }
-    }
-    // A time for StateAt: hostile, the plan's end and its neighbours, an
-    // exact multiple of the period (early or near the end), or inside the plan.
-    double time(double period, double duration) {
-        const double edges[] = {kNaN,
-                                kInf,
-                                -kInf,
-                                -1.0,
-                                -0.0,
-                                1e300,
-                                DBL_MAX,
-                                duration,
-                                duration / 2.0,
-                                std::nextafter(duration, kInf),
-                                std::nextafter(duration, -kInf)};
-        switch (byte() % 6) {
-            case 0: return kHostile[byte() % kHostileCount];
-            case 1: return edges[byte() % (sizeof edges / sizeof edges[0])];
-            case 2: return static_cast<double>(byte() + 1) * period;
-            case 3: {  // the period the plan ends in, and its neighbours
-                const double last = std::floor(std::fmax(0.0, std::fmin(duration / period, 1e9)));
-                return (last + byte() % 4 - 1) * period;
-            }
-            default: return duration * u16() / 40000.0;
-        }
-    }
-
-private:
-    const std::uint8_t* d_;
-    std::size_t n_;
-    std::size_t i_ = 0;
-};
-
-// One array argument of an update: exactly n entries, or none at all for an
-// axis count the library must refuse before reading anything.
-struct Array {
-    std::unique_ptr<double[]> data;
-    const double* get() const { return data.get(); }
-};
-
-Array readArray(Reader& in, int n, bool limit) {
-    Array a;
-    if (n != 1 && n != 6) return a;
-    a.data.reset(new double[n]);
-    // One value for every axis, or one per axis.
-    const bool shared = (in.byte() & 3) == 0;
-    for (int i = 0; i < n; ++i) {
-        a.data[i] = (shared && i > 0) ? a.data[0] : (limit ? in.limit() : in.value());
-    }
-    return a;
-}
-
-void trace(const char* name, const Array& a, int n) {
-    if (!traceCalls) return;
-    std::fprintf(stderr, "  %s:", name);
-    for (int i = 0; a.get() != nullptr && i < n; ++i) std::fprintf(stderr, " %.17g", a.data[i]);
-    std::fprintf(stderr, "\n");
-}
-
-// The structure the sampler and the plan check rely on: every record's point
-// count stays inside its arrays, whatever the update did.
-const char* checkRecords() {
-    const PlannerState& st = defaultState();
-    for (int i = 0; i < kMaxAxes; ++i) {
-        const int pc = st.records[i].pointCount;
-        if (pc < 0 || pc > kMaxPoints) return "a record's pointCount left 0 .. 13";
-    }
-    if (!st.planFailed && (st.axisCount == 1 || st.axisCount == kLegacyAxes)) {
-        for (int i = 0; i < st.axisCount; ++i) {
-            if (st.records[i].pointCount < 1) return "an accepted plan has an axis without points";
-        }
-    }
-    return nullptr;
-}
-
-// The plan check of the default planner, or of a handle (onHandle; h may be
-// NULL); the code through `code`.
-const char* checkPlanCall(Reader& in, bool onHandle = false, const VektaPlanner* h = nullptr, int* code = nullptr) {
-    // A small buffer, sometimes none: the message is cut, terminated, and
-    // nothing is written past the given size.
-    const int size = static_cast<int>(in.byte() % 80) - 2;
-    char buf[96];
-    std::memset(buf, 'x', sizeof buf);
-    const int c = onHandle ? vektaPlannerCheck(h, size > 0 ? buf : nullptr, size)
-                           : vektaCheckPlan(size > 0 ? buf : nullptr, size);
-    if (code != nullptr) *code = c;
-    if (c < VEKTA_CHECK_OK || c > VEKTA_CHECK_LAST) return "vektaCheckPlan returned an unknown code";
-    for (int i = size > 0 ? size : 0; i < static_cast<int>(sizeof buf); ++i) {
-        if (buf[i] != 'x') return "vektaCheckPlan wrote past the message size";
-    }
-    if (size > 0 && std::memchr(buf, '\0', static_cast<std::size_t>(size)) == nullptr) {
-        return "vektaCheckPlan left the message unterminated";
-    }
-    return nullptr;
-}
-
-// ---- A planner of the driver's own, and what the driver knows of its plan
-
 // The check's slack on |v| <= V and |a| <= A (plan_check.cpp's kLimitRel).
 constexpr double kLimitSlack = 1e-6;
 // Sampling calls spent on a plan the check does not pass, or on one longer
@@ -230,65 +72,89 @@ constexpr double kToEndAxisPeriods = 2e6;
 bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 bool withinLimit(double x, double limit) { return std::fabs(x) <= limit * (1.0 + kLimitSlack); }
 
-// One axis of a plan: its limits, the frame they hold in, from when they hold
-// (as the plan check sees it: a start beyond a limit is held to it from the
-// first curve point from which it can be kept; +inf: never), and for a call
-// of the library's own, the start and end state it asked for.
-struct AxisModel {
-    double maxVel, maxAcc, frameVel, velFrom, accFrom;
-    double startPos, startVel, startAcc;
-    double endPos, endVel, posTol;  // endPos NaN: a stop, no position asked for
-};
-
-struct Model {
-    bool has = false;      // the planner holds a plan (Axes > 0)
-    bool checked = false;  // one that the plan check passes
-    bool own = false;      // made by Move, Stop or CatchUp (start and end known)
-    int axes = 0;
-    double duration = 0.0;
-    double period = 0.0;            // the plan's
-    double setting = kCyclePeriod;  // the planner's, for the plans that follow
-    int sampled[kMaxAxes] = {};     // periods sampled on each axis since the plan
-    AxisModel axis[kMaxAxes];
-};
-
-// A planner begins with its PlannerState (api/planner_handles.cpp): the driver
-// reads a plan's curve points there, as it reads the default planner's.
-const PlannerState& stateOf(const VektaPlanner* p) { return *reinterpret_cast<const PlannerState*>(p); }
-
-void outputReceived(const char* text, std::size_t length, void* user) {
-    if (text == nullptr || length == 0 || std::memchr(text, '\0', length) != nullptr) {
-        *static_cast<bool*>(user) = true;
+class Reader {
+public:
+    Reader(const std::uint8_t* d, std::size_t n) : d_(d), n_(n) {}
+    bool done() const { return i_ >= n_; }
+    std::uint8_t byte() { return i_ < n_ ? d_[i_++] : 0; }
+    std::uint16_t u16() { return static_cast<std::uint16_t>(byte() | (byte() << 8)); }
+    template <class T, std::size_t N>
+    T from(const T (&table)[N]) { return table[byte() % N]; }
+    double raw() {
+        std::uint64_t bits = 0;
+        for (int k = 0; k < 8; ++k) bits |= static_cast<std::uint64_t>(byte()) << (8 * k);
+        double x;
+        std::memcpy(&x, &bits, sizeof x);
+        return x;
     }
+    // Any double: hostile, plausible (-8 .. 8), or raw; a limit: mostly a
+    // plausible positive value, sometimes anything.
+    double value(bool limit = false) {
+        switch (byte() % 8) {
+            case 0: return from(kHostile);
+            case 7: return raw();
+            default: return limit ? 0.05 + u16() / 2048.0 : (u16() - 32768.0) / 4096.0;
+        }
+    }
+    int axisIndex() {
+        const std::uint8_t b = byte();
+        return b == 255 ? kIntMax : b == 254 ? kIntMin : b % 10 - 2;  // -2 .. 7
+    }
+    // An axis count for the library's own calls: 0 .. 17, hostile ints, and
+    // the usual arms once more.
+    int ownAxisCount() {
+        constexpr int more[] = {kIntMin, -1, 1 << 30, 6, 7, 16};
+        const int b = byte() % 24;
+        return b < 18 ? b : more[b - 18];
+    }
+    // A control period: hostile, an edge of the accepted range or just
+    // outside it, or a plausible one (0.1 .. 65.6 ms).
+    double period() {
+        static const double edges[] = {0.0,    -0.001, kNaN, 1e-9, 1e9, 1e-4, 1.0, std::nextafter(1e-4, 0.0),
+                                       std::nextafter(1.0, 2.0), 0.001, 0.0005, 0.25};
+        switch (byte() % 4) {
+            case 0: return from(kHostile);
+            case 1: return from(edges);
+            default: return 1e-4 + u16() * 1e-6;
+        }
+    }
+    // A time for StateAt: hostile, the plan's end and its neighbours, an
+    // exact multiple of the period (early or near the end), or inside the plan.
+    double time(double period, double d) {
+        const double edges[] = {kNaN, kInf,    -kInf, -1.0, -0.0, 1e300, DBL_MAX, d, d / 2.0, std::nextafter(d, kInf),
+                                std::nextafter(d, -kInf)};
+        switch (byte() % 6) {
+            case 0: return from(kHostile);
+            case 1: return from(edges);
+            case 2: return (byte() + 1.0) * period;
+            case 3:  // the period the plan ends in, and its neighbours
+                return (std::floor(std::fmax(0.0, std::fmin(d / period, 1e9))) + byte() % 4 - 1) * period;
+            default: return d * u16() / 40000.0;
+        }
+    }
+
+private:
+    const std::uint8_t* d_;
+    std::size_t n_, i_ = 0;
+};
+
+// One array argument of a vekta.h update: exactly n entries (one value for
+// every axis, or one per axis), or none at all for an axis count the library
+// must refuse before reading anything.
+Arr readArray(Reader& in, int n, bool limit) {
+    if (n != 1 && n != 6) return nullptr;
+    Arr a(new double[n]);
+    const bool shared = (in.byte() & 3) == 0;
+    for (int i = 0; i < n; ++i) a[i] = (shared && i > 0) ? a[0] : in.value(limit);
+    return a;
 }
 
-struct Session {
-    void* mem = std::malloc(vektaPlannerSize());  // malloc's alignment is max_align_t's
-    VektaPlanner* inMem = vektaPlannerInit(mem);
-    VektaPlanner* made = nullptr;
-    VektaPlanner* cur = inMem;  // the planner the operations act on
-    bool recovery = false;
-    bool badOutput = false;  // the output callback got a malformed message
-    double toEndLeft = kToEndAxisPeriods;
-    Model m;
-
-    Session() = default;
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
-    ~Session() {
-        vektaPlannerDestroy(made);
-        std::free(mem);
-    }
-    // The planner of one call: now and then the NULL planner.
-    VektaPlanner* pick(Reader& in) const { return in.byte() % 16 == 0 ? nullptr : cur; }
-};
-
-// Output arrays of Next or StateAt: room for every axis of the plan and guard
-// entries after it, all holding the marker; any of the three may be NULL.
+// Output arrays of the sampling calls: n entries and guard entries after
+// them, all holding the marker; any of the three may be NULL (sel % 8 == 0).
 struct Outputs {
-    std::unique_ptr<double[]> a[3];
+    Arr a[3];
     int cap;
-    Outputs(int axes, std::uint8_t sel) : cap(axes + kGuard) {
+    Outputs(int n, std::uint8_t sel) : cap(n + kGuard) {
         const int nulls = sel % 8 == 0 ? 1 + (sel >> 3) % 7 : 0;
         for (int k = 0; k < 3; ++k) {
             if ((nulls >> k) & 1) continue;
@@ -306,6 +172,155 @@ struct Outputs {
         }
         return true;
     }
+};
+
+// A sampling call that must fail: -1, and nothing written.
+const char* noSample(int r, const Outputs& o, const char* what) {
+    return r != -1 || !o.untouchedFrom(0) ? what : nullptr;
+}
+
+// ---- The default planner
+
+// The structure the sampler and the plan check rely on: every record's point
+// count stays inside its arrays, whatever the update did.
+const char* checkRecords() {
+    const PlannerState& st = defaultState();
+    for (int i = 0; i < kMaxAxes; ++i) {
+        const int pc = st.records[i].pointCount;
+        if (pc < 0 || pc > kMaxPoints) return "a record's pointCount left 0 .. 13";
+    }
+    const bool accepted = !st.planFailed && (st.axisCount == 1 || st.axisCount == kLegacyAxes);
+    for (int i = 0; accepted && i < st.axisCount; ++i) {
+        if (st.records[i].pointCount < 1) return "an accepted plan has an axis without points";
+    }
+    return nullptr;
+}
+
+// The plan check of the default planner, or of a handle (onHandle; h may be
+// NULL); the code through `code`. A small buffer, sometimes none: the message
+// is cut, terminated, and nothing is written past the given size.
+const char* checkPlanCall(Reader& in, bool onHandle = false, const VektaPlanner* h = nullptr, int* code = nullptr) {
+    const int size = static_cast<int>(in.byte() % 80) - 2;
+    char buf[96];
+    std::memset(buf, 'x', sizeof buf);
+    char* msg = size > 0 ? buf : nullptr;
+    const int c = onHandle ? vektaPlannerCheck(h, msg, size) : vektaCheckPlan(msg, size);
+    if (code != nullptr) *code = c;
+    if (c < VEKTA_CHECK_OK || c > VEKTA_CHECK_LAST) return "vektaCheckPlan returned an unknown code";
+    for (int i = size > 0 ? size : 0; i < static_cast<int>(sizeof buf); ++i) {
+        if (buf[i] != 'x') return "vektaCheckPlan wrote past the message size";
+    }
+    if (size > 0 && std::memchr(buf, '\0', size) == nullptr) return "vektaCheckPlan left the message unterminated";
+    return nullptr;
+}
+
+// What any sampling call of one axis must keep: its result, the count it
+// reports, and nothing written beyond the samples counted.
+const char* sampleBounds(int r, int count, int nSamples, const Outputs& o) {
+    if (r != 0 && r != 1) return "sampling returned neither 0 nor 1";
+    if (count < 0 || count > (nSamples > 0 ? nSamples : 0)) return "sampling reported a count outside 0 .. nSamples";
+    return o.untouchedFrom(count) ? nullptr : "sampling wrote beyond the samples it reported";
+}
+
+// One sampling call of the default planner into o. At least one entry: the
+// single-axis diagnostic reads pos[0] even when nothing is written.
+const char* sampleOnce(int axis, int nSamples, bool velocityName, int& finished, int& count, Outputs& o) {
+    o = Outputs(nSamples > 0 ? nSamples : 1, 1);
+    count = -12345;
+    const auto sample = velocityName ? vektaVelocityModePerFreedom : vektaPositionModePerFreedom;
+    finished = sample(axis, nSamples, o.get(0), o.get(1), o.get(2), count);
+    return sampleBounds(finished, count, nSamples, o);
+}
+
+// Sample every planned axis period by period to its end. A plan that passes
+// the check must finish within its planned periods plus one (when that is at
+// most kLongPlan), and its last sample must be the curve's end state; any
+// other plan must merely keep every call in bounds (a plan whose end time is
+// not a number never finishes).
+const char* sampleToEnd(bool velocityName) {
+    const PlannerState& st = defaultState();
+    if (st.axisCount != 1 && st.axisCount != kLegacyAxes) return nullptr;
+    const bool checked = vektaCheckPlan(nullptr, 0) == VEKTA_CHECK_OK;
+    for (int axis = 0; axis < st.axisCount; ++axis) {
+        const AxisPlan& r = st.records[axis];
+        const int last = r.pointCount - 1;  // an axis of a checked plan has points
+        const double left = checked ? r.secTime[last] - r.sampleCount * kCyclePeriod : 0.0;
+        const double periods = left > 0.0 ? std::ceil(left / kCyclePeriod) + 1.0 : 1.0;
+        const bool mustFinish = checked && periods <= kLongPlan;
+        const int budget = mustFinish ? static_cast<int>(periods) : kBlindSampleCalls;
+        int finished = 0, count = 0;
+        Outputs o(1, 1);
+        for (int calls = 0; calls < budget && finished != 1; ++calls) {
+            if (const char* f = sampleOnce(axis, 1, velocityName, finished, count, o)) return f;
+        }
+        if (!mustFinish) continue;
+        if (finished != 1) return "a checked plan did not finish within its planned periods";
+        if (count != 1) return "a finished axis returned no sample";
+        // The last sample is the end sample, or a curve sample taken exactly
+        // at the end time: the end state up to rounding, and up to the check's
+        // position tolerance (a synchronised axis's last section may miss its
+        // pinned end by the root finder's 1e-5). The sampler takes a section
+        // whose acceleration changes by less than 1e-5 as flat, so a curve
+        // sample may keep that much.
+        double pScale = 0.0, vScale = r.maxVel, aScale = r.maxAcc;
+        for (int i = 0; i < r.pointCount; ++i) {
+            pScale = std::fmax(pScale, std::fabs(r.secPos[i]));
+            vScale = std::fmax(vScale, std::fabs(r.secVel[i]));
+            aScale = std::fmax(aScale, std::fabs(r.secAcc[i]));
+        }
+        if (std::fabs(o.a[2][0]) > 1e-6 * aScale + 1e-5 ||
+            std::fabs(o.a[1][0] - r.tgtVel) > 1e-6 * vScale + 1e-5 * r.secTime[last] ||
+            std::fabs(o.a[0][0] - r.secPos[last]) > 2e-5 + 2e-9 * pScale) {
+            return "a checked plan's last sample is not its end state";
+        }
+    }
+    return nullptr;
+}
+
+// ---- A planner of the driver's own, and what the driver knows of its plan
+
+// One axis of a plan: its limits, the frame they hold in, from when they hold
+// (as the plan check sees it: a start beyond a limit is held to it from the
+// first curve point from which it can be kept; +inf: never), and for a call
+// of the library's own, the start and end state it asked for.
+struct AxisModel {
+    double maxVel, maxAcc, frameVel, velFrom, accFrom;
+    double startPos, startVel, startAcc;
+    double endPos, endVel, posTol;  // endPos NaN: a stop, no position asked for
+};
+
+// The plan: whether the planner holds one (Axes > 0), whether the plan check
+// passes it, whether Move, Stop or CatchUp made it (start and end known); its
+// axes, duration and period; the planner's period setting, for the plans that
+// follow; the periods sampled on each axis since the plan.
+struct Model {
+    bool has = false, checked = false, own = false;
+    int axes = 0;
+    double duration = 0.0, period = 0.0, setting = kCyclePeriod;
+    int sampled[kMaxAxes] = {};
+    AxisModel axis[kMaxAxes];
+};
+
+// A planner begins with its PlannerState (api/planner_handles.cpp): the driver
+// reads a plan's curve points there, as it reads the default planner's.
+const PlannerState& stateOf(const VektaPlanner* p) { return *reinterpret_cast<const PlannerState*>(p); }
+
+void outputReceived(const char* text, std::size_t length, void* user) {
+    if (text == nullptr || length == 0 || std::memchr(text, '\0', length) != nullptr) *static_cast<bool*>(user) = true;
+}
+
+struct Session {
+    void* mem = std::malloc(vektaPlannerSize());  // malloc's alignment is max_align_t's
+    VektaPlanner* inMem = vektaPlannerInit(mem);
+    VektaPlanner* made = nullptr;
+    VektaPlanner* cur = inMem;  // the planner the operations act on
+    // Recovery mode on; the output callback got a malformed message.
+    bool recovery = false, badOutput = false;
+    double toEndLeft = kToEndAxisPeriods;
+    Model m;
+    ~Session() { vektaPlannerDestroy(made), std::free(mem); }
+    // The planner of one call: now and then the NULL planner.
+    VektaPlanner* pick(Reader& in) const { return in.byte() % 16 == 0 ? nullptr : cur; }
 };
 
 // The properties of one state of the plan, axis i at time t.
@@ -329,18 +344,10 @@ const char* checkState(const Model& m, int i, double t, double p, double v, doub
     if (t <= 0.0 && !(std::fabs(p - x.startPos) <= x.posTol &&
                       std::fabs(v - x.startVel) <= 1e-6 * std::fmax(x.maxVel, std::fabs(x.startVel)) &&
                       std::fabs(a - x.startAcc) <= 1e-6 * std::fmax(x.maxAcc, std::fabs(x.startAcc)))) {
-        if (traceCalls) {
-            std::fprintf(stderr, "axis %d at %.17g: (%.17g %.17g %.17g), asked for (%.17g %.17g %.17g)\n", i, t, p, v,
-                         a, x.startPos, x.startVel, x.startAcc);
-        }
         return "the state at a time up to 0 is not the start state asked for";
     }
     if (t > m.duration &&
         (a != 0.0 || v != x.endVel || (!std::isnan(x.endPos) && !(std::fabs(p - x.endPos) <= x.posTol)))) {
-        if (traceCalls) {
-            std::fprintf(stderr, "axis %d at %.17g: (%.17g %.17g %.17g), asked for (%.17g %.17g 0) +- %g\n", i, t, p, v,
-                         a, x.endPos, x.endVel, x.posTol);
-        }
         return "the state past the end is not the end state asked for";
     }
     return nullptr;
@@ -351,32 +358,24 @@ const char* checkSession(const Session& s) {
     if (strnlen(vektaPlannerError(s.cur), kErrorCapacity) >= kErrorCapacity) {
         return "the reason is not terminated within its capacity";
     }
-    if (vektaPlannerAxes(s.cur) != (s.m.has ? s.m.axes : 0)) return "the plan's axis count changed by itself";
-    if (!sameBits(vektaPlannerDuration(s.cur), s.m.has ? s.m.duration : 0.0)) {
-        return "the plan's duration changed by itself";
+    if (vektaPlannerAxes(s.cur) != (s.m.has ? s.m.axes : 0) ||
+        !sameBits(vektaPlannerDuration(s.cur), s.m.has ? s.m.duration : 0.0)) {
+        return "the plan's axis count or duration changed by itself";
     }
     if (vektaPlannerPeriod(s.cur) != s.m.setting) return "the planner's period changed by itself";
-    if (s.badOutput) return "the output callback got an empty or unterminated message";
-    return nullptr;
+    return s.badOutput ? "the output callback got an empty or unterminated message" : nullptr;
 }
 
 // A new planner: no plan, the default period, no reason.
 const char* newPlanner(Session& s) {
     s.m = Model{};
-    s.recovery = false;
-    s.badOutput = false;
+    s.recovery = s.badOutput = false;
     if (s.cur == nullptr) return "a planner could not be made";
-    if (vektaPlannerAxes(s.cur) != 0 || vektaPlannerDuration(s.cur) != 0.0 || vektaPlannerError(s.cur)[0] != '\0' ||
-        vektaPlannerCheck(s.cur, nullptr, 0) != VEKTA_CHECK_NO_PLAN) {
-        return "a new planner is not empty";
-    }
-    return nullptr;
+    const bool empty = vektaPlannerAxes(s.cur) == 0 && vektaPlannerDuration(s.cur) == 0.0 &&
+                       vektaPlannerError(s.cur)[0] == '\0' &&
+                       vektaPlannerCheck(s.cur, nullptr, 0) == VEKTA_CHECK_NO_PLAN;
+    return empty ? nullptr : "a new planner is not empty";
 }
-
-// The plan a call has just made. q: the call of the library's own that made
-// it (the arrays it asked with), or null for a handle form's update.
-struct Request;
-const char* learnPlan(Session& s, const Request* q);
 
 // After a call on the NULL planner: its failure value, and the words for it;
 // checkSession then sees that the driver's planner did not change.
@@ -385,206 +384,10 @@ const char* nullPlannerCall(bool failureValue) {
     if (std::strcmp(vektaPlannerError(nullptr), "planner is NULL") != 0) {
         return "the NULL planner's reason is not \"planner is NULL\"";
     }
-    if (vektaPlannerAxes(nullptr) != 0 || vektaPlannerDuration(nullptr) != 0.0 || vektaPlannerPeriod(nullptr) != 0.0 ||
-        vektaPlannerMinimumTime(nullptr, 0) != -1.0 || vektaPlannerLeftTime(nullptr) != 0.0) {
-        return "a getter on a NULL planner did not return its failure value";
-    }
-    return nullptr;
-}
-
-// A handle form's update on the driver's planner (or the NULL planner).
-const char* afterHandleUpdate(Session& s, VektaPlanner* h, int ok, int n) {
-    if (h == nullptr) return nullPlannerCall(ok == 0);
-    if (ok != 0 && ok != 1) return "a handle form's update returned neither 0 nor 1";
-    if (ok == 0) {
-        // A failed update leaves no plan, or (a conveyor update refused for
-        // its spare time) the previous one as it was.
-        if (vektaPlannerAxes(h) == 0) s.m.has = false;
-        return nullptr;
-    }
-    if (n != 1 && n != kLegacyAxes) return "an update with a bad axis count was accepted";
-    if (vektaPlannerAxes(h) != n) return "Axes is not the updated axis count";
-    if (const char* f = learnPlan(s, nullptr)) return f;
-    if (s.recovery && !s.m.checked) return "recovery mode accepted a plan the check refuses";
-    return nullptr;
-}
-
-// One sampling call with guarded output arrays; checks the result, the count
-// and that nothing beyond the written samples changed.
-struct SampleResult {
-    const char* failure;
-    int finished;
-    int count;
-    double pos, vel, acc;  // the last sample written
-};
-
-SampleResult sampleOnce(int axis, int nSamples, bool velocityName) {
-    SampleResult res{nullptr, 0, 0, 0.0, 0.0, 0.0};
-    // At least one entry: the single-axis diagnostic reads pos[0] even when
-    // nothing is written.
-    const int cap = (nSamples > 0 ? nSamples : 1) + kGuard;
-    std::unique_ptr<double[]> p(new double[cap]), v(new double[cap]), a(new double[cap]);
-    for (int i = 0; i < cap; ++i) p[i] = v[i] = a[i] = kMarker;
-    int count = -12345;
-    res.finished = velocityName ? vektaVelocityModePerFreedom(axis, nSamples, p.get(), v.get(), a.get(), count)
-                                : vektaPositionModePerFreedom(axis, nSamples, p.get(), v.get(), a.get(), count);
-    res.count = count;
-    if (res.finished != 0 && res.finished != 1) {
-        res.failure = "sampling returned neither 0 nor 1";
-        return res;
-    }
-    const int allowed = nSamples > 0 ? nSamples : 0;
-    if (count < 0 || count > allowed) {
-        res.failure = "sampling reported a count outside 0 .. nSamples";
-        return res;
-    }
-    for (int i = count; i < cap; ++i) {
-        if (p[i] != kMarker || v[i] != kMarker || a[i] != kMarker) {
-            res.failure = "sampling wrote beyond the samples it reported";
-            return res;
-        }
-    }
-    if (count > 0) {
-        res.pos = p[count - 1];
-        res.vel = v[count - 1];
-        res.acc = a[count - 1];
-    }
-    return res;
-}
-
-// Sample every planned axis period by period to its end. A plan that passes
-// the check must finish within its planned periods plus one, and its last
-// sample must be the curve's end state; any other plan must merely keep every
-// call in bounds (a plan whose end time is not a number never finishes).
-const char* sampleToEnd(bool velocityName) {
-    const PlannerState& st = defaultState();
-    const int axes = st.axisCount;
-    if (axes != 1 && axes != kLegacyAxes) return nullptr;
-    const bool checked = vektaCheckPlan(nullptr, 0) == VEKTA_CHECK_OK;
-    for (int axis = 0; axis < axes; ++axis) {
-        const AxisPlan& r = st.records[axis];
-        // A checked plan of up to kLongPlan periods must finish in time; for
-        // a longer one, as for an unchecked one, only bounded calls are checked.
-        int budget = kBlindSampleCalls;
-        bool mustFinish = false;
-        if (checked) {
-            const double left = r.secTime[r.pointCount - 1] - r.sampleCount * kCyclePeriod;
-            const double periods = left > 0.0 ? std::ceil(left / kCyclePeriod) + 1.0 : 1.0;
-            mustFinish = periods <= kLongPlan;
-            if (mustFinish) budget = static_cast<int>(periods);
-        }
-        SampleResult last{};
-        int calls = 0;
-        bool finished = false;
-        while (calls < budget && !finished) {
-            last = sampleOnce(axis, 1, velocityName);
-            if (last.failure != nullptr) return last.failure;
-            ++calls;
-            finished = last.finished == 1;
-        }
-        if (mustFinish) {
-            if (!finished) return "a checked plan did not finish within its planned periods";
-            if (last.count != 1) return "a finished axis returned no sample";
-            // The last sample is the end sample, or a curve sample taken
-            // exactly at the end time: the end state up to rounding, and up
-            // to the check's position tolerance (a synchronised axis's last
-            // section may miss its pinned end by the root finder's 1e-5).
-            const double endPos = r.secPos[r.pointCount - 1];
-            double pScale = 0.0, vScale = r.maxVel, aScale = r.maxAcc;
-            for (int i = 0; i < r.pointCount; ++i) {
-                pScale = std::fmax(pScale, std::fabs(r.secPos[i]));
-                vScale = std::fmax(vScale, std::fabs(r.secVel[i]));
-                aScale = std::fmax(aScale, std::fabs(r.secAcc[i]));
-            }
-            // The sampler takes a section whose acceleration changes by less
-            // than 1e-5 as flat, so a curve sample may keep that much.
-            const double end = r.secTime[r.pointCount - 1];
-            if (std::fabs(last.acc) > 1e-6 * aScale + 1e-5 ||
-                std::fabs(last.vel - r.tgtVel) > 1e-6 * vScale + 1e-5 * end ||
-                std::fabs(last.pos - endPos) > 2e-5 + 2e-9 * pScale) {
-                if (traceCalls) {
-                    std::fprintf(stderr, "axis %d after %d calls: sample (%.17g %.17g %.17g), end (%.17g %.17g 0)\n",
-                                 axis, calls, last.pos, last.vel, last.acc, endPos, r.tgtVel);
-                }
-                return "a checked plan's last sample is not its end state";
-            }
-        }
-    }
-    return nullptr;
-}
-
-const char* handleName(const Session* s, const VektaPlanner* h) {
-    return s == nullptr ? "" : h != nullptr ? "handle " : "handle (NULL planner) ";
-}
-
-// s: null for the default planner, else the handle form on the session's planner.
-const char* positionUpdate(Reader& in, Session* s) {
-    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
-    const int n = in.axisCount();
-    const Array tgt = readArray(in, n, false), vmax = readArray(in, n, true), amax = readArray(in, n, true);
-    const double ratio = in.limit();
-    const Array p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
-    const double spare = in.value();
-    if (traceCalls) {
-        std::fprintf(stderr, "%sposition update n %d ratio %.17g spare %.17g\n", handleName(s, h), n, ratio, spare);
-        trace("tgt", tgt, n), trace("maxVel", vmax, n), trace("maxAcc", amax, n);
-        trace("pos", p, n), trace("vel", v, n), trace("acc", a, n);
-    }
-    if (s != nullptr) {
-        const int done =
-            vektaPlannerPositionUpdate(h, n, tgt.get(), vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get());
-        return afterHandleUpdate(*s, h, done, n);
-    }
-    const bool ok = vektaPostionModeParaUpd(n, tgt.get(), vmax.get(), amax.get(), ratio, p.get(), v.get(),
-                                            a.get(), spare);
-    if (ok && n != 1 && n != 6) return "an update with a bad axis count was accepted";
-    return checkRecords();
-}
-
-// s: null for the default planner, else the handle form on the session's planner.
-const char* velocityUpdate(Reader& in, Session* s) {
-    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
-    const int n = in.axisCount();
-    const Array vmax = readArray(in, n, true), amax = readArray(in, n, true);
-    const double ratio = in.limit();
-    const Array p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
-    const double spare = in.value();
-    if (traceCalls) {
-        std::fprintf(stderr, "%svelocity update n %d ratio %.17g spare %.17g\n", handleName(s, h), n, ratio, spare);
-        trace("maxVel", vmax, n), trace("maxAcc", amax, n);
-        trace("pos", p, n), trace("vel", v, n), trace("acc", a, n);
-    }
-    if (s != nullptr) {
-        const int done = vektaPlannerVelocityUpdate(h, n, vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get());
-        return afterHandleUpdate(*s, h, done, n);
-    }
-    const bool ok = vektaVelocityModeParaUpd(n, vmax.get(), amax.get(), ratio, p.get(), v.get(), a.get(), spare);
-    if (ok && n != 1 && n != 6) return "an update with a bad axis count was accepted";
-    return checkRecords();
-}
-
-// s: null for the default planner, else the handle form on the session's planner.
-const char* conveyorUpdate(Reader& in, Session* s) {
-    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
-    const int n = in.axisCount();
-    const double conveyorVel = in.value(), conveyorLimit = in.value();
-    const Array tgt = readArray(in, n, false), vmax = readArray(in, n, true), amax = readArray(in, n, true);
-    const double ratio = in.limit();
-    const double spare = (in.byte() & 1) ? 0.01 : in.value();
-    if (traceCalls) {
-        std::fprintf(stderr, "%sconveyor update n %d conveyorVel %.17g limit %.17g ratio %.17g spare %.17g\n",
-                     handleName(s, h), n, conveyorVel, conveyorLimit, ratio, spare);
-        trace("tgt", tgt, n), trace("maxVel", vmax, n), trace("maxAcc", amax, n);
-    }
-    if (s != nullptr) {
-        const int done = vektaPlannerConveyorUpdate(h, n, conveyorVel, conveyorLimit, tgt.get(), vmax.get(),
-                                                    amax.get(), ratio, spare);
-        return afterHandleUpdate(*s, h, done, n);
-    }
-    const bool ok = vektaPostionModeParaUpdConveyor(n, conveyorVel, conveyorLimit, tgt.get(), vmax.get(),
-                                                    amax.get(), ratio, spare);
-    if (ok && n != 1 && n != 6) return "an update with a bad axis count was accepted";
-    return checkRecords();
+    const bool failures = vektaPlannerAxes(nullptr) == 0 && vektaPlannerDuration(nullptr) == 0.0 &&
+                          vektaPlannerPeriod(nullptr) == 0.0 && vektaPlannerMinimumTime(nullptr, 0) == -1.0 &&
+                          vektaPlannerLeftTime(nullptr) == 0.0;
+    return failures ? nullptr : "a getter on a NULL planner did not return its failure value";
 }
 
 // ---- The library's own calls
@@ -594,26 +397,22 @@ enum ArrayArg { kTarget, kMaxVel, kMaxAcc, kMaxJerk, kPos, kVel, kAcc, kArrayArg
 const char* const kArrayNames[kArrayArgs] = {"target", "maxVel", "maxAcc", "maxJerk", "pos", "vel", "acc"};
 // The arrays Move, Stop and CatchUp take.
 constexpr bool kTakes[3][kArrayArgs] = {{1, 1, 1, 1, 1, 1, 1}, {0, 1, 1, 1, 1, 1, 1}, {1, 1, 1, 1, 0, 0, 0}};
-const char* const kCallNames[3] = {"Move", "Stop", "CatchUp"};
 
 struct Request {
-    int call = kMove;
-    int axes = 0;
+    int call, axes = 0;
     double conveyorVel = 0.0, conveyorLimit = 0.0;
-    std::unique_ptr<double[]> arrays[kArrayArgs];
-    // The arguments the call must refuse.
-    const char* bad[kArrayArgs + 3];
+    Arr arrays[kArrayArgs];
+    const char* bad[kArrayArgs + 3];  // the arguments the call must refuse
     int badCount = 0;
     const double* get(int k) const { return arrays[k].get(); }
-    double value(int k, int i, double otherwise) const { return arrays[k] ? arrays[k][i] : otherwise; }
+    double value(int k, int i) const { return arrays[k] ? arrays[k][i] : 0.0; }
+    Request(Reader& in, int call);
 };
 
-void readRequest(Reader& in, Request& q) {
+Request::Request(Reader& in, int c) : call(c) {
+    Request& q = *this;
     q.axes = in.ownAxisCount();
-    if (q.call == kCatchUp) {
-        q.conveyorVel = in.value();
-        q.conveyorLimit = in.value();
-    }
+    if (q.call == kCatchUp) q.conveyorVel = in.value(), q.conveyorLimit = in.value();
     const bool validAxes = q.axes >= 1 && q.axes <= kMaxAxes;
     const int n = validAxes ? q.axes : 0;  // nothing to read for a count the call must refuse
     // The driver's own judgement: what the call must refuse (in any order).
@@ -632,7 +431,7 @@ void readRequest(Reader& in, Request& q) {
         const bool shared = (sel & 0x30) == 0, limit = k >= kMaxVel && k <= kMaxJerk;
         bool valid = true;
         for (int i = 0; i < n; ++i) {
-            const double x = (shared && i > 0) ? q.arrays[k][0] : (limit ? in.limit() : in.value());
+            const double x = (shared && i > 0) ? q.arrays[k][0] : in.value(limit);
             q.arrays[k][i] = x;
             valid = valid && std::isfinite(x) && (!limit || x > 0.0);
         }
@@ -640,32 +439,17 @@ void readRequest(Reader& in, Request& q) {
     }
 }
 
-void traceRequest(const Request& q, VektaPlanner* h) {
-    if (!traceCalls) return;
-    std::fprintf(stderr, "%s%s axes %d", kCallNames[q.call], h ? "" : " (NULL planner)", q.axes);
-    if (q.call == kCatchUp) std::fprintf(stderr, " conveyorVel %.17g limit %.17g", q.conveyorVel, q.conveyorLimit);
-    std::fprintf(stderr, "\n");
-    const int n = q.axes >= 1 && q.axes <= kMaxAxes ? q.axes : 0;
-    for (int k = 0; k < kArrayArgs; ++k) {
-        if (!kTakes[q.call][k]) continue;
-        std::fprintf(stderr, "  %s:%s", kArrayNames[k], q.arrays[k] ? "" : " NULL");
-        for (int i = 0; q.arrays[k] && i < n; ++i) std::fprintf(stderr, " %.17g", q.arrays[k][i]);
-        std::fprintf(stderr, "\n");
-    }
-}
-
 int callOwn(VektaPlanner* h, const Request& q) {
-    switch (q.call) {
-        case kMove:
-            return vektaPlannerMove(h, q.axes, q.get(kTarget), q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk),
-                                    q.get(kPos), q.get(kVel), q.get(kAcc));
-        case kStop:
-            return vektaPlannerStop(h, q.axes, q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk), q.get(kPos),
-                                    q.get(kVel), q.get(kAcc));
-        default:
-            return vektaPlannerCatchUp(h, q.axes, q.conveyorVel, q.conveyorLimit, q.get(kTarget), q.get(kMaxVel),
-                                       q.get(kMaxAcc), q.get(kMaxJerk));
+    if (q.call == kMove) {
+        return vektaPlannerMove(h, q.axes, q.get(kTarget), q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk),
+                                q.get(kPos), q.get(kVel), q.get(kAcc));
     }
+    if (q.call == kStop) {
+        return vektaPlannerStop(h, q.axes, q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk), q.get(kPos), q.get(kVel),
+                                q.get(kAcc));
+    }
+    return vektaPlannerCatchUp(h, q.axes, q.conveyorVel, q.conveyorLimit, q.get(kTarget), q.get(kMaxVel),
+                               q.get(kMaxAcc), q.get(kMaxJerk));
 }
 
 // A refused call (or a refused period): a reason, and no plan left behind.
@@ -677,78 +461,24 @@ const char* refused(Session& s, const char* reason) {
         return "a refused call left a plan";
     }
     Outputs next(0, 1), at(0, 1);
-    if (vektaPlannerNext(s.cur, next.get(0), next.get(1), next.get(2)) != -1 || !next.untouchedFrom(0) ||
-        vektaPlannerStateAt(s.cur, 0.0, at.get(0), at.get(1), at.get(2)) != -1 || !at.untouchedFrom(0)) {
-        return "a refused call left a plan to sample";
-    }
-    return nullptr;
+    const char* f = "a refused call left a plan to sample";
+    if (const char* g = noSample(vektaPlannerNext(s.cur, next.get(0), next.get(1), next.get(2)), next, f)) return g;
+    return noSample(vektaPlannerStateAt(s.cur, 0.0, at.get(0), at.get(1), at.get(2)), at, f);
 }
 
-// The state StateAt gives at t <= 0 and past the end of every axis.
-const char* checkStartAndEnd(Session& s) {
-    double p[kMaxAxes], v[kMaxAxes], a[kMaxAxes];
-    const double times[] = {-1.0, 0.0, kInf};
-    for (const double t : times) {
-        if (vektaPlannerStateAt(s.cur, t, p, v, a) != 0) return "StateAt failed on a plan";
-        for (int i = 0; i < s.m.axes; ++i) {
-            if (const char* f = checkState(s.m, i, t, p[i], v[i], a[i])) return f;
-        }
-    }
-    return nullptr;
-}
-
-const char* ownCall(Session& s, Reader& in, int call) {
-    VektaPlanner* h = s.pick(in);
-    Request q;
-    q.call = call;
-    readRequest(in, q);
-    traceRequest(q, h);
-    const int status = callOwn(h, q);
-    if (h == nullptr) return nullPlannerCall(status == VEKTA_INVALID_ARGUMENT);
-    const char* reason = vektaPlannerError(h);
-    if (traceCalls) std::fprintf(stderr, "  status %d \"%s\"\n", status, reason);
-    if (status < VEKTA_OK || status > VEKTA_CONVEYOR_OUT_OF_REACH) return "a call returned no VektaStatus";
-    if ((status == VEKTA_INVALID_ARGUMENT) != (q.badCount > 0)) {
-        return q.badCount > 0 ? "a call with an invalid argument was not refused as such"
-                              : "a call with valid arguments was refused as invalid";
-    }
-    if (status == VEKTA_INVALID_ARGUMENT) {
-        bool named = false;
-        for (int k = 0; k < q.badCount; ++k) {
-            char is[32];
-            std::snprintf(is, sizeof is, "%s is ", q.bad[k]);
-            named = named || std::strstr(reason, is) != nullptr;
-        }
-        if (!named) return "the reason of an invalid argument does not name it";
-    }
-    if (status == VEKTA_CONVEYOR_OUT_OF_REACH && call != kCatchUp) {
-        return "a call without a conveyor was out of its reach";
-    }
-    if (status != VEKTA_OK) return refused(s, reason);
-    if (reason[0] != '\0') return "a successful call left a reason";
-    if (vektaPlannerAxes(h) != q.axes) return "Axes is not the axis count of the call";
-    const double d = vektaPlannerDuration(h);
-    if (!(d >= 0.0 && d < kInf)) return "Duration is negative or not finite";
-    if (vektaPlannerCheck(h, nullptr, 0) != VEKTA_CHECK_OK) return "the plan check refuses a plan of the library's own";
-    if (const char* f = learnPlan(s, &q)) return f;
-    return checkStartAndEnd(s);
-}
-
+// The plan a call has just made. q: the call of the library's own that made
+// it (the arrays it asked with), or null for a handle form's update.
 const char* learnPlan(Session& s, const Request* q) {
     Model& m = s.m;
     const PlannerState& st = stateOf(s.cur);
-    m.has = true;
-    m.own = q != nullptr;
-    m.axes = vektaPlannerAxes(s.cur);
-    m.duration = vektaPlannerDuration(s.cur);
-    m.period = m.setting;
+    m.has = true, m.own = q != nullptr, m.period = m.setting;
+    m.axes = vektaPlannerAxes(s.cur), m.duration = vektaPlannerDuration(s.cur);
     m.checked = vektaPlannerCheck(s.cur, nullptr, 0) == VEKTA_CHECK_OK;
     for (int i = 0; i < m.axes; ++i) {
         const AxisPlan& r = st.records[i];
         AxisModel& x = m.axis[i];
         m.sampled[i] = 0;
-        x.maxVel = r.maxVel;
-        x.maxAcc = r.maxAcc;
+        x.maxVel = r.maxVel, x.maxAcc = r.maxAcc;
         x.frameVel = st.planMode == kConveyorPlan && i == 0 ? r.tgtVel : 0.0;
         x.velFrom = x.accFrom = kInf;
         double pScale = 0.0;
@@ -768,9 +498,8 @@ const char* learnPlan(Session& s, const Request* q) {
             return "a plan of the library's own is not planned with the limits asked for";
         }
         const bool catchUp = q->call == kCatchUp;
-        x.startPos = catchUp ? 0.0 : q->get(kPos)[i];
-        x.startVel = catchUp ? 0.0 : q->value(kVel, i, 0.0);
-        x.startAcc = catchUp ? 0.0 : q->value(kAcc, i, 0.0);
+        x.startPos = catchUp ? 0.0 : q->get(kPos)[i], x.startVel = catchUp ? 0.0 : q->value(kVel, i);
+        x.startAcc = catchUp ? 0.0 : q->value(kAcc, i);
         x.endVel = catchUp && i == 0 ? q->conveyorVel : 0.0;
         x.endPos = q->call == kStop ? kNaN : q->get(kTarget)[i];
         // A catch-up's axis 0 ends on its target in the conveyor's frame.
@@ -779,10 +508,91 @@ const char* learnPlan(Session& s, const Request* q) {
     return nullptr;
 }
 
+// The state StateAt gives at t <= 0 and past the end of every axis.
+const char* checkStartAndEnd(Session& s) {
+    double p[kMaxAxes], v[kMaxAxes], a[kMaxAxes];
+    for (const double t : {-1.0, 0.0, kInf}) {
+        if (vektaPlannerStateAt(s.cur, t, p, v, a) != 0) return "StateAt failed on a plan";
+        for (int i = 0; i < s.m.axes; ++i) {
+            if (const char* f = checkState(s.m, i, t, p[i], v[i], a[i])) return f;
+        }
+    }
+    return nullptr;
+}
+
+const char* ownCall(Session& s, Reader& in, int call) {
+    VektaPlanner* h = s.pick(in);
+    const Request q(in, call);
+    const int status = callOwn(h, q);
+    if (h == nullptr) return nullPlannerCall(status == VEKTA_INVALID_ARGUMENT);
+    const char* reason = vektaPlannerError(h);
+    if (status < VEKTA_OK || status > VEKTA_CONVEYOR_OUT_OF_REACH) return "a call returned no VektaStatus";
+    if ((status == VEKTA_INVALID_ARGUMENT) != (q.badCount > 0)) {
+        return q.badCount > 0 ? "a call with an invalid argument was not refused as such"
+                              : "a call with valid arguments was refused as invalid";
+    }
+    bool named = status != VEKTA_INVALID_ARGUMENT;
+    for (int k = 0; k < q.badCount && !named; ++k) {
+        char is[32];
+        std::snprintf(is, sizeof is, "%s is ", q.bad[k]);
+        named = std::strstr(reason, is) != nullptr;
+    }
+    if (!named) return "the reason of an invalid argument does not name it";
+    if (status == VEKTA_CONVEYOR_OUT_OF_REACH && call != kCatchUp) {
+        return "a call without a conveyor was out of its reach";
+    }
+    if (status != VEKTA_OK) return refused(s, reason);
+    if (reason[0] != '\0') return "a successful call left a reason";
+    if (vektaPlannerAxes(h) != q.axes) return "Axes is not the axis count of the call";
+    const double d = vektaPlannerDuration(h);
+    if (!(d >= 0.0 && d < kInf)) return "Duration is negative or not finite";
+    if (vektaPlannerCheck(h, nullptr, 0) != VEKTA_CHECK_OK) return "the plan check refuses a plan of the library's own";
+    if (const char* f = learnPlan(s, &q)) return f;
+    return checkStartAndEnd(s);
+}
+
+// The vekta.h updates: form 0 position, 1 velocity, 2 conveyor. s: null for
+// the default planner, else the handle form on the session's planner.
+const char* update(Reader& in, Session* s, int form) {
+    VektaPlanner* h = s != nullptr ? s->pick(in) : nullptr;
+    const int n = in.from(kAxisCounts);
+    double conveyorVel = 0.0, conveyorLimit = 0.0;
+    if (form == 2) conveyorVel = in.value(), conveyorLimit = in.value();
+    const Arr tgt = form != 1 ? readArray(in, n, false) : nullptr;
+    const Arr vmax = readArray(in, n, true), amax = readArray(in, n, true);
+    const double ratio = in.value(true);
+    Arr p, v, a;
+    if (form != 2) p = readArray(in, n, false), v = readArray(in, n, false), a = readArray(in, n, false);
+    const double spare = form == 2 && (in.byte() & 1) ? 0.01 : in.value();
+    const double *T = tgt.get(), *V = vmax.get(), *A = amax.get(), *P = p.get(), *PV = v.get(), *PA = a.get();
+    int ok;
+    if (s == nullptr) {
+        ok = form == 0   ? vektaPostionModeParaUpd(n, T, V, A, ratio, P, PV, PA, spare)
+             : form == 1 ? vektaVelocityModeParaUpd(n, V, A, ratio, P, PV, PA, spare)
+                         : vektaPostionModeParaUpdConveyor(n, conveyorVel, conveyorLimit, T, V, A, ratio, spare);
+        if (ok && n != 1 && n != 6) return "an update with a bad axis count was accepted";
+        return checkRecords();
+    }
+    ok = form == 0   ? vektaPlannerPositionUpdate(h, n, T, V, A, ratio, P, PV, PA)
+         : form == 1 ? vektaPlannerVelocityUpdate(h, n, V, A, ratio, P, PV, PA)
+                     : vektaPlannerConveyorUpdate(h, n, conveyorVel, conveyorLimit, T, V, A, ratio, spare);
+    if (h == nullptr) return nullPlannerCall(ok == 0);
+    if (ok != 0 && ok != 1) return "a handle form's update returned neither 0 nor 1";
+    // A failed update leaves no plan, or (a conveyor update refused for its
+    // spare time) the previous one as it was.
+    if (ok == 0) {
+        if (vektaPlannerAxes(h) == 0) s->m.has = false;
+        return nullptr;
+    }
+    if (n != 1 && n != kLegacyAxes) return "an update with a bad axis count was accepted";
+    if (vektaPlannerAxes(h) != n) return "Axes is not the updated axis count";
+    if (const char* f = learnPlan(*s, nullptr)) return f;
+    return s->recovery && !s->m.checked ? "recovery mode accepted a plan the check refuses" : nullptr;
+}
+
 const char* setPeriod(Session& s, Reader& in) {
     VektaPlanner* h = s.pick(in);
     const double seconds = in.period();
-    if (traceCalls) std::fprintf(stderr, "SetPeriod%s %.17g\n", h ? "" : " (NULL planner)", seconds);
     const int status = vektaPlannerSetPeriod(h, seconds);
     if (h == nullptr) return nullPlannerCall(status == VEKTA_INVALID_ARGUMENT);
     if (std::isfinite(seconds) && seconds >= VEKTA_MIN_PERIOD && seconds <= VEKTA_MAX_PERIOD) {
@@ -791,33 +601,25 @@ const char* setPeriod(Session& s, Reader& in) {
         return nullptr;
     }
     if (status != VEKTA_INVALID_ARGUMENT) return "a period outside the accepted range was not refused as invalid";
-    if (std::strstr(vektaPlannerError(h), "period is ") == nullptr) {
-        return "the reason of a bad period does not name it";
-    }
-    return refused(s, vektaPlannerError(h));
+    const char* reason = vektaPlannerError(h);
+    return std::strstr(reason, "period is ") ? refused(s, reason) : "the reason of a bad period does not name it";
 }
 
 // ---- Sampling the driver's planner
 
 // Axis i's sample at the next period of its cursor: StateAt's value at that
-// time, bit for bit, and within what the plan promises.
-const char* sampledAt(Session& s, int i, double p, double v, double a, double* cache, double& cacheTime) {
-    const double t = static_cast<double>(s.m.sampled[i] + 1) * s.m.period;
-    double* sp = cache;
-    double* sv = cache + kMaxAxes;
-    double* sa = cache + 2 * kMaxAxes;
-    if (!sameBits(t, cacheTime)) {
-        if (vektaPlannerStateAt(s.cur, t, sp, sv, sa) != 0) return "StateAt failed on a plan";
-        cacheTime = t;
+// time, bit for bit, and within what the plan promises. `at` caches StateAt
+// (position, velocity, acceleration of every axis) at time `atTime`.
+const char* sampledAt(Session& s, int i, double p, double v, double a, double* at, double& atTime) {
+    const double t = (s.m.sampled[i] + 1.0) * s.m.period;
+    if (!sameBits(t, atTime)) {
+        if (vektaPlannerStateAt(s.cur, t, at, at + kMaxAxes, at + 2 * kMaxAxes) != 0) return "StateAt failed on a plan";
+        atTime = t;
     }
-    if (!sameBits(p, sp[i]) || !sameBits(v, sv[i]) || !sameBits(a, sa[i])) {
-        if (traceCalls) {
-            std::fprintf(stderr, "axis %d, period %d: sample (%.17g %.17g %.17g), StateAt(%.17g) (%.17g %.17g %.17g)\n",
-                         i, s.m.sampled[i] + 1, p, v, a, t, sp[i], sv[i], sa[i]);
-        }
+    if (!sameBits(p, at[i]) || !sameBits(v, at[kMaxAxes + i]) || !sameBits(a, at[2 * kMaxAxes + i])) {
         return "a sample differs from StateAt at its period's time";
     }
-    if (s.m.sampled[i] < std::numeric_limits<int>::max() - 2) ++s.m.sampled[i];
+    if (s.m.sampled[i] < kIntMax - 2) ++s.m.sampled[i];
     return checkState(s.m, i, t, p, v, a);
 }
 
@@ -826,22 +628,18 @@ const char* nextCall(Session& s, VektaPlanner* h, std::uint8_t sel, int& result)
     Outputs o(axes, sel);
     result = vektaPlannerNext(h, o.get(0), o.get(1), o.get(2));
     if (h == nullptr || !s.m.has || o.anyNull()) {
-        if (result != -1 || !o.untouchedFrom(0)) {
-            return "Next without a planner, a plan or an array wrote or did not return -1";
-        }
-        return nullptr;
+        return noSample(result, o, "Next without a planner, a plan or an array wrote or did not return -1");
     }
     if (result != 0 && result != 1) return "Next returned neither 0 nor 1";
     if (!o.untouchedFrom(axes)) return "Next wrote beyond the plan's axes";
-    double cache[3 * kMaxAxes];
-    double cacheTime = kNaN;
+    double at[3 * kMaxAxes], atTime = kNaN;
     bool allPast = true, anyShort = false;
     const double lower = s.m.duration - (1e-9 * s.m.duration + 1e-12);  // the earliest end of an axis
     for (int i = 0; i < axes; ++i) {
-        const double t = static_cast<double>(s.m.sampled[i] + 1) * s.m.period;
+        const double t = (s.m.sampled[i] + 1.0) * s.m.period;
         allPast = allPast && t >= s.m.duration;
         anyShort = anyShort || t < lower;
-        if (const char* f = sampledAt(s, i, o.a[0][i], o.a[1][i], o.a[2][i], cache, cacheTime)) return f;
+        if (const char* f = sampledAt(s, i, o.a[0][i], o.a[1][i], o.a[2][i], at, atTime)) return f;
     }
     if (s.m.checked && allPast && result != 1) return "Next did not report the end once every axis was past it";
     if (s.m.checked && anyShort && result == 1) return "Next reported the end before an axis got there";
@@ -857,14 +655,12 @@ const char* nextToEnd(Session& s) {
     const bool mustEnd = s.m.has && s.m.checked && periods <= kLongPlan && axisPeriods <= s.toEndLeft;
     const int budget = mustEnd ? static_cast<int>(std::ceil(periods)) + 2 : kBlindNextCalls;
     if (mustEnd) s.toEndLeft -= axisPeriods;
-    if (traceCalls) std::fprintf(stderr, "Next to the end (at most %d calls)\n", budget);
     int result = 0;
     for (int c = 0; c < budget && result != 1; ++c) {
         if (const char* f = nextCall(s, s.cur, 1, result)) return f;
         if (result == -1) return nullptr;
     }
-    if (mustEnd && result != 1) return "a checked plan did not end within its duration's periods plus two";
-    return nullptr;
+    return mustEnd && result != 1 ? "a checked plan did not end within its duration's periods plus two" : nullptr;
 }
 
 const char* stateAtCall(Session& s, Reader& in) {
@@ -872,13 +668,9 @@ const char* stateAtCall(Session& s, Reader& in) {
     const double t = in.time(s.m.has ? s.m.period : s.m.setting, s.m.duration);
     const int axes = vektaPlannerAxes(h);
     Outputs o(axes, in.byte());
-    if (traceCalls) std::fprintf(stderr, "StateAt%s %.17g\n", h ? "" : " (NULL planner)", t);
     const int r = vektaPlannerStateAt(h, t, o.get(0), o.get(1), o.get(2));
     if (h == nullptr || !s.m.has || o.anyNull() || std::isnan(t)) {
-        if (r != -1 || !o.untouchedFrom(0)) {
-            return "StateAt without a planner, a plan, an array or a time wrote or did not return -1";
-        }
-        return nullptr;
+        return noSample(r, o, "StateAt without a planner, a plan, an array or a time wrote or did not return -1");
     }
     if (r != 0) return "StateAt failed on a plan";
     if (!o.untouchedFrom(axes)) return "StateAt wrote beyond the plan's axes";
@@ -891,29 +683,21 @@ const char* stateAtCall(Session& s, Reader& in) {
 // The handle form's sampling, one axis, on the same cursor as Next.
 const char* sampleCall(Session& s, Reader& in) {
     VektaPlanner* h = s.pick(in);
-    const int axis = in.axisIndex();
-    const int nSamples = in.sampleCount();
+    const int axis = in.axisIndex(), nSamples = in.from(kSampleCounts);
     const bool nullCount = in.byte() % 16 == 0;
-    if (traceCalls) std::fprintf(stderr, "Sample%s axis %d nSamples %d\n", h ? "" : " (NULL planner)", axis, nSamples);
-    const int cap = (nSamples > 0 ? nSamples : 1) + kGuard;
-    Outputs o(cap - kGuard, 1);
+    Outputs o(nSamples > 0 ? nSamples : 1, 1);
     int count = -12345;
     const int r = vektaPlannerSample(h, axis, nSamples, o.get(0), o.get(1), o.get(2), nullCount ? nullptr : &count);
-    if (traceCalls) std::fprintf(stderr, "  returned %d, count %d\n", r, count);
     if (h == nullptr || nullCount) {
-        if (r != -1 || !o.untouchedFrom(0)) return "sampling without a planner or count wrote or did not return -1";
-        return nullptr;
+        return noSample(r, o, "sampling without a planner or count wrote or did not return -1");
     }
-    if (r != 0 && r != 1) return "sampling returned neither 0 nor 1";
-    if (count < 0 || count > (nSamples > 0 ? nSamples : 0)) return "sampling reported a count outside 0 .. nSamples";
-    if (!o.untouchedFrom(count)) return "sampling wrote beyond the samples it reported";
+    if (const char* f = sampleBounds(r, count, nSamples, o)) return f;
     // Without a plan it may still sample a refused catch-up (as the default
     // planner's sampling does), which no caller should; only bounds hold then.
     if (!s.m.has || axis < 0 || axis >= s.m.axes) return nullptr;
-    double cache[3 * kMaxAxes];
-    double cacheTime = kNaN;
+    double at[3 * kMaxAxes], atTime = kNaN;
     for (int j = 0; j < count; ++j) {
-        if (const char* f = sampledAt(s, axis, o.a[0][j], o.a[1][j], o.a[2][j], cache, cacheTime)) return f;
+        if (const char* f = sampledAt(s, axis, o.a[0][j], o.a[1][j], o.a[2][j], at, atTime)) return f;
     }
     return nullptr;
 }
@@ -923,12 +707,10 @@ const char* query(Session& s, Reader& in) {
     VektaPlanner* h = s.pick(in);
     const int which = in.byte() % 3;
     if (which == 0) {
-        constexpr int kAxes[] = {
-            -1, 0, 1, 5, 6, 15, 16, 17, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
-        const std::uint8_t b = in.byte();
-        const int axis = b % 12 < 10 ? kAxes[b % 12] : s.m.axes - (b % 12 - 10);  // the last axis, or one past it
+        constexpr int kAxes[] = {-1, 0, 1, 5, 6, 15, 16, 17, kIntMin, kIntMax};
+        const int b = in.byte() % 12;
+        const int axis = b < 10 ? kAxes[b] : s.m.axes - (b - 10);  // the last axis, or one past it
         const double t = vektaPlannerMinimumTime(h, axis);
-        if (traceCalls) std::fprintf(stderr, "MinimumTime axis %d: %.17g\n", axis, t);
         if (h == nullptr || !s.m.has || axis < 0 || axis >= s.m.axes) {
             return t == -1.0 ? nullptr : "MinimumTime without a planner, a plan or the axis did not return -1";
         }
@@ -937,15 +719,14 @@ const char* query(Session& s, Reader& in) {
         }
     } else if (which == 1) {
         const double left = vektaPlannerLeftTime(h);
-        if (traceCalls) std::fprintf(stderr, "LeftTime: %.17g\n", left);
         if (!(left >= 0.0)) return "LeftTime returned a negative value or NaN";
         if (h == nullptr && left != 0.0) return "LeftTime of a NULL planner is not 0";
     } else {
         int code = -1;
         if (const char* f = checkPlanCall(in, true, h, &code)) return f;
-        if (traceCalls) std::fprintf(stderr, "Check: %d\n", code);
-        const bool passes = h != nullptr && s.m.has && s.m.checked;
-        if ((code == VEKTA_CHECK_OK) != passes) return "the plan check changed its verdict on a plan";
+        if ((code == VEKTA_CHECK_OK) != (h != nullptr && s.m.has && s.m.checked)) {
+            return "the plan check changed its verdict on a plan";
+        }
     }
     return h == nullptr ? nullPlannerCall(true) : nullptr;
 }
@@ -954,33 +735,74 @@ const char* query(Session& s, Reader& in) {
 const char* switches(Session& s, Reader& in) {
     VektaPlanner* h = s.pick(in);
     const std::uint8_t b = in.byte();
-    if (traceCalls) std::fprintf(stderr, "switch %d%s\n", b % 8, h ? "" : " (NULL planner)");
+    const int on = b & 8;
     switch (b % 8) {
         case 0:
-            vektaPlannerSetRecovery(h, b & 8);
-            if (h != nullptr) s.recovery = (b & 8) != 0;
+            vektaPlannerSetRecovery(h, on);
+            if (h != nullptr) s.recovery = on != 0;
             return nullptr;
-        case 1: vektaPlannerSetTrace(h, b & 8); return nullptr;
-        case 2: vektaPlannerOutputToCallback(h, (b & 8) ? outputReceived : nullptr, &s.badOutput); return nullptr;
-        case 3: (b & 8) ? vektaPlannerOutputToStdout(h) : vektaPlannerOutputOff(h); return nullptr;
-        case 4:  // a new planner in the driver's memory
-            s.cur = s.inMem = vektaPlannerInit(s.mem);
-            return newPlanner(s);
+        case 1: vektaPlannerSetTrace(h, on); return nullptr;
+        case 2: vektaPlannerOutputToCallback(h, on ? outputReceived : nullptr, &s.badOutput); return nullptr;
+        case 3: on ? vektaPlannerOutputToStdout(h) : vektaPlannerOutputOff(h); return nullptr;
+        case 4: s.cur = s.inMem = vektaPlannerInit(s.mem); return newPlanner(s);  // in the driver's memory
         case 5:  // a new planner from the heap, the last one made there freed
             vektaPlannerDestroy(s.made);
             s.made = vektaPlannerCreate();
             s.cur = s.made != nullptr ? s.made : s.inMem;
             return newPlanner(s);
         case 6:  // destroying a planner in the caller's memory does nothing
-            vektaPlannerDestroy(s.inMem);
-            vektaPlannerDestroy(nullptr);
+            vektaPlannerDestroy(s.inMem), vektaPlannerDestroy(nullptr);
             return nullptr;
         default:  // no planner in no memory, nor in misaligned memory
             if (vektaPlannerInit(nullptr) != nullptr) return "vektaPlannerInit made a planner without memory";
-            if (vektaPlannerInit(static_cast<char*>(s.mem) + 1 + 7 * (b % 2)) != nullptr) {
-                return "vektaPlannerInit made a planner in misaligned memory";
-            }
-            return nullptr;
+            return vektaPlannerInit(static_cast<char*>(s.mem) + 1 + 7 * (b % 2)) == nullptr
+                       ? nullptr
+                       : "vektaPlannerInit made a planner in misaligned memory";
+    }
+}
+
+// One operation on the driver's planner (op >= 100).
+const char* ownOperation(Session& s, Reader& in, int op) {
+    switch (op % 13) {
+        case 0:
+        case 1: return ownCall(s, in, kMove);
+        case 2: return ownCall(s, in, kStop);
+        case 3: return ownCall(s, in, kCatchUp);
+        case 4: return setPeriod(s, in);
+        case 5:
+        case 6: {
+            VektaPlanner* h = s.pick(in);
+            int result = 0;
+            const char* f = nextCall(s, h, in.byte(), result);
+            return f == nullptr && h == nullptr ? nullPlannerCall(result == -1) : f;
+        }
+        case 7: return nextToEnd(s);
+        case 8: return stateAtCall(s, in);
+        case 9: return update(in, &s, in.byte() % 3);
+        case 10: return sampleCall(s, in);
+        case 11: return query(s, in);
+        default: return switches(s, in);
+    }
+}
+
+// One operation on the default planner (op < 100).
+const char* defaultOperation(Reader& in, int op) {
+    switch (op % 10) {
+        case 0:
+        case 1: return update(in, nullptr, 0);
+        case 2: return update(in, nullptr, 1);
+        case 3: return update(in, nullptr, 2);
+        case 4:
+        case 5: {
+            const int axis = in.axisIndex(), nSamples = in.from(kSampleCounts);
+            int finished, count;
+            Outputs o(0, 1);
+            return sampleOnce(axis, nSamples, (in.byte() & 1) != 0, finished, count, o);
+        }
+        case 6: return sampleToEnd((in.byte() & 1) != 0);
+        case 7: return checkPlanCall(in);
+        case 8: return getLeftMoveTime() >= 0.0 ? nullptr : "getLeftMoveTime returned a negative value or NaN";
+        default: setTestLevel((in.byte() & 1) != 0); return nullptr;
     }
 }
 
@@ -993,73 +815,12 @@ const char* runInput(const std::uint8_t* data, std::size_t size) {
     Session session;
     if (const char* failure = newPlanner(session)) return failure;
     Reader in(data, size);
-    int ops = 0;
-    while (!in.done() && ops < 64) {
-        ++ops;
-        const char* failure = nullptr;
+    for (int ops = 0; ops < 64 && !in.done(); ++ops) {
         const std::uint8_t op = in.byte();
-        if (op >= 100) {  // the driver's planner
-            int result = 0;
-            switch ((op - 100) % 13) {
-                case 0:
-                case 1: failure = ownCall(session, in, kMove); break;
-                case 2: failure = ownCall(session, in, kStop); break;
-                case 3: failure = ownCall(session, in, kCatchUp); break;
-                case 4: failure = setPeriod(session, in); break;
-                case 5:
-                case 6: {
-                    VektaPlanner* h = session.pick(in);
-                    if (traceCalls) std::fprintf(stderr, "Next%s\n", h ? "" : " (NULL planner)");
-                    failure = nextCall(session, h, in.byte(), result);
-                    if (failure == nullptr && h == nullptr) failure = nullPlannerCall(result == -1);
-                    break;
-                }
-                case 7: failure = nextToEnd(session); break;
-                case 8: failure = stateAtCall(session, in); break;
-                case 9: {
-                    const int form = in.byte() % 3;
-                    failure = form == 0   ? positionUpdate(in, &session)
-                              : form == 1 ? velocityUpdate(in, &session)
-                                          : conveyorUpdate(in, &session);
-                    break;
-                }
-                case 10: failure = sampleCall(session, in); break;
-                case 11: failure = query(session, in); break;
-                default: failure = switches(session, in); break;
-            }
-            if (failure == nullptr) failure = checkSession(session);
-            if (failure != nullptr) return failure;
-            continue;
-        }
-        switch (op % 10) {
-            case 0:
-            case 1: failure = positionUpdate(in, nullptr); break;
-            case 2: failure = velocityUpdate(in, nullptr); break;
-            case 3: failure = conveyorUpdate(in, nullptr); break;
-            case 4:
-            case 5: {
-                const int axis = in.axisIndex();
-                const int nSamples = in.sampleCount();
-                const bool velocityName = (in.byte() & 1) != 0;
-                if (traceCalls) std::fprintf(stderr, "sample axis %d nSamples %d\n", axis, nSamples);
-                failure = sampleOnce(axis, nSamples, velocityName).failure;
-                break;
-            }
-            case 6:
-                if (traceCalls) std::fprintf(stderr, "sample to the end\n");
-                failure = sampleToEnd((in.byte() & 1) != 0);
-                break;
-            case 7:
-                if (traceCalls) std::fprintf(stderr, "check plan: %d\n", vektaCheckPlan(nullptr, 0));
-                failure = checkPlanCall(in);
-                break;
-            case 8: {
-                const double left = getLeftMoveTime();
-                if (!(left >= 0.0)) failure = "getLeftMoveTime returned a negative value or NaN";
-                break;
-            }
-            case 9: setTestLevel((in.byte() & 1) != 0); break;
-        }
+        if (traceCalls) std::fprintf(stderr, "operation %d\n", op);
+        const char* failure = op < 100 ? defaultOperation(in, op) : ownOperation(session, in, op - 100);
+        // The driver's planner's properties after every operation on it.
+        if (failure == nullptr && op >= 100) failure = checkSession(session);
         if (failure != nullptr) return failure;
     }
     return nullptr;

@@ -16,8 +16,8 @@ namespace vekta::fuzz {
 // naming the first property that failed.
 const char* runInput(const std::uint8_t* data, std::size_t size);
 
-// When set, runInput describes every call it makes on standard error (to
-// turn a fuzzer finding into a readable test).
+// When set, runInput prints the opcode of every operation it runs on
+// standard error (to find the call of a fuzzer finding).
 extern bool traceCalls;
 
 }  // namespace vekta::fuzz
