@@ -7,11 +7,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdarg>
 #include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "output/output_sink.h"
 #include "support/test_support.h"
 #include "vekta/vekta_c.h"
 
@@ -59,6 +61,13 @@ int move(VektaPlanner* p, const Arm& a) {
 // Exact curves: every section meets its end point within 1e-9 of the
 // motion's scale, the limits hold to 1e-9.
 constexpr CurveTolerance kExact{1e-9, 1e-9};
+
+void printLong(const OutputSink* sink, const char* fmt, ...) {
+    va_list ap;
+    va_start(ap, fmt);
+    vprintTo(sink, fmt, ap);
+    va_end(ap);
+}
 
 bool sameBits(double x, double y) { return std::memcmp(&x, &y, sizeof x) == 0; }
 
@@ -329,6 +338,14 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     ASSERT_EQ(move(made, a), VEKTA_OK);
     EXPECT_EQ(loud.text().rfind("posUpd: 1st pt ", 0), 0u);
     vektaPlannerDestroy(made);
+
+    // A diagnostic longer than the callback's 4 KiB buffer reaches it cut to
+    // the buffer, never beyond it.
+    std::size_t got = 0;
+    const OutputSink sink{kOutputCallback, nullptr,
+                          [](const char*, std::size_t n, void* user) { *static_cast<std::size_t*>(user) = n; }, &got};
+    printLong(&sink, "%5000s", "x");
+    EXPECT_EQ(got, 4095u);
 }
 
 // Exact curves, in recovery mode and through Move: the time-setting axis of

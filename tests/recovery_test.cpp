@@ -29,6 +29,7 @@ struct Row {
 const Row kRows[] = {
     {"turning back needs a trapezoid first (node 44)", 0, 0.3, 0, 0, 1, 4, 10, VEKTA_CHECK_NO_PLAN, 11},
     {"braking, eased off part of the way (id 18 via node 33)", 0, -0.5, 0.5, -0.3, 2, 1, 1, VEKTA_CHECK_NO_PLAN, 18},
+    {"the same braking mirrored (id 19)", 0, 0.5, -0.5, 0.3, 2, 1, 1, VEKTA_CHECK_NO_PLAN, 19},
     {"beyond -V, back inside by the release (node 5)", 0, -1.1, 0.8, 1, 1, 1, 1, VEKTA_CHECK_TIME_BACK, 2},
     {"an infinite velocity limit has no valid plan", 0, 0, 0, 1, INFINITY, 1, 10, VEKTA_CHECK_BAD_LIMIT, 0},
 };
