@@ -157,10 +157,10 @@ VEKTA_API double getLeftMoveTime();
  * out as a jump). Six axes end within 1e-9 of the end time.
  *
  * A plan made in recovery mode has exact curves: its continuity and end
- * position are held to 1e-9 of the motion's scale instead (the largest of its
- * positions, the distance V covers in the plan's time and V^2 / A), and its
- * velocities at the joins and at the end to 1e-9 of V or of the largest
- * velocity on the curve.
+ * position are held to 1e-9 of the motion's scale where that is tighter (the
+ * larger of its start and end positions, the distance V covers in the plan's
+ * time and V^2 / A), and its velocities at the joins and at the end to 1e-9
+ * of V or of the start's velocity when larger.
  *
  * When message is not null and messageSize > 0, writes a line (no newline,
  * cut to messageSize - 1 characters and terminated) naming the axis, the

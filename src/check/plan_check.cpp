@@ -117,9 +117,9 @@ JoinTolerance joinTolerance(const AxisPlan& r, int h, int i, const MotionScale* 
     tol.vel = kJoinRel * largest(r.maxVel, v0, v1);
     tol.acc = kJoinRel * largest(r.maxAcc, a0, a1);
     tol.jerkTime = t * r.maxJerk;
-    if (exact != nullptr) {
-        tol.pos = kExactRel * exact->pos;
-        tol.vel = kExactRel * exact->vel;
+    if (exact != nullptr) {  // tighter where the motion's scale allows, never looser
+        if (kExactRel * exact->pos < tol.pos) tol.pos = kExactRel * exact->pos;
+        if (kExactRel * exact->vel < tol.vel) tol.vel = kExactRel * exact->vel;
     }
     return tol;
 }
