@@ -13,6 +13,7 @@
 // therefore held from the first curve point from which it can be kept.
 #include "check/plan_check.h"
 
+#include <cfloat>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -44,6 +45,10 @@ constexpr double kTimeEps = 1e-14;
 // Exact curves (recovery mode, the library's own calls): section joins and the
 // end within this much of the motion's own scale, not the absolute kPosAbs.
 constexpr double kExactRel = 1e-9;
+// Units in the last place a conveyor frame's shift may round away, for the
+// joins of an exact conveyor curve (stored positions of 1e16 in the fixed
+// frame leave a few units of 2 in the conveyor's).
+constexpr double kFrameUlps = 8.0;
 // The axes of a plan end together: relative to the end time, or absolute for short plans.
 constexpr double kEndTimeRel = 1e-9;
 constexpr double kEndTimeAbs = 1e-12;
@@ -91,17 +96,25 @@ struct JoinTolerance {
 // them is that of the larger).
 struct MotionScale {
     double pos, vel;
+    // What taking a conveyor's motion off the stored positions and
+    // velocities rounds away: a few units in the last place of the fixed
+    // frame's values (zero for any other curve).
+    double framePos, frameVel;
 };
 
-MotionScale motionScale(const AxisPlan& r, const AxisPlan& stored) {
+MotionScale motionScale(const AxisPlan& r, const AxisPlan& stored, bool shifted) {
     const int last = r.pointCount - 1;
     const double V = r.maxVel;
-    MotionScale s{V * r.secTime[last], std::fabs(r.secVel[0]) > V ? std::fabs(r.secVel[0]) : V};
+    MotionScale s{V * r.secTime[last], std::fabs(r.secVel[0]) > V ? std::fabs(r.secVel[0]) : V, 0.0, 0.0};
     const double vels[2] = {stored.secVel[0], stored.secVel[last]};
     for (const double v : vels) s.vel = std::fabs(v) > s.vel ? std::fabs(v) : s.vel;
     const double ends[5] = {V * V / r.maxAcc, std::fabs(r.secPos[0]), std::fabs(r.secPos[last]),
                             std::fabs(stored.secPos[0]), std::fabs(stored.secPos[last])};
     for (const double e : ends) s.pos = e > s.pos ? e : s.pos;
+    if (shifted) {
+        s.framePos = kFrameUlps * DBL_EPSILON * std::fmax(std::fabs(stored.secPos[0]), std::fabs(stored.secPos[last]));
+        s.frameVel = kFrameUlps * DBL_EPSILON * std::fmax(std::fabs(stored.secVel[0]), std::fabs(stored.secVel[last]));
+    }
     return s;
 }
 
@@ -120,6 +133,8 @@ JoinTolerance joinTolerance(const AxisPlan& r, int h, int i, const MotionScale* 
     if (exact != nullptr) {  // tighter where the motion's scale allows, never looser
         if (kExactRel * exact->pos < tol.pos) tol.pos = kExactRel * exact->pos;
         if (kExactRel * exact->vel < tol.vel) tol.vel = kExactRel * exact->vel;
+        tol.pos += exact->framePos;
+        tol.vel += exact->frameVel;
     }
     return tol;
 }
@@ -167,7 +182,7 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
     MotionScale scale{};
     const MotionScale* exact = nullptr;
     if (rec.exact) {
-        scale = motionScale(r, rec);
+        scale = motionScale(r, rec, mode == kConveyorPlan && axis == 0);
         exact = &scale;
     }
     bool accHeld = within(r.secAcc[0], A);
