@@ -53,9 +53,13 @@ Arm drawArm(int axes, std::uint64_t seed, bool moving) {
     return a;
 }
 
-int move(VektaPlanner* p, const Arm& a) {
-    return vektaPlannerMove(p, a.axes, a.target.data(), a.maxVel.data(), a.maxAcc.data(), a.maxJerk.data(),
-                            a.pos.data(), a.vel.data(), a.acc.data());
+// Move (call 0), Stop (1) or CatchUp (2, conveyor at 0.2 m/s) with the arm's
+// arrays, the one at `null` handed over as NULL.
+int plan(VektaPlanner* p, const Arm& a, int call = 0, const std::vector<double>* null = nullptr) {
+    auto d = [null](const std::vector<double>& v) { return &v == null ? nullptr : v.data(); };
+    if (call == 1) return vektaPlannerStop(p, a.axes, d(a.maxVel), d(a.maxAcc), d(a.maxJerk), d(a.pos), d(a.vel), d(a.acc));
+    if (call == 2) return vektaPlannerCatchUp(p, a.axes, 0.2, 10.0, d(a.target), d(a.maxVel), d(a.maxAcc), d(a.maxJerk));
+    return vektaPlannerMove(p, a.axes, d(a.target), d(a.maxVel), d(a.maxAcc), d(a.maxJerk), d(a.pos), d(a.vel), d(a.acc));
 }
 
 // Exact curves: every section meets its end point within 1e-9 of the
@@ -96,7 +100,7 @@ TEST(AnyArm, EveryArmAndPeriodPlansPhysicalCurvesSampledAlikeByNextStateAtAndSam
             Planner next, sample;
             for (VektaPlanner* p : {next.p, sample.p}) {
                 ASSERT_EQ(vektaPlannerSetPeriod(p, period), VEKTA_OK);
-                ASSERT_EQ(move(p, a), VEKTA_OK) << vektaPlannerError(p);
+                ASSERT_EQ(plan(p, a), VEKTA_OK) << vektaPlannerError(p);
             }
             EXPECT_STREQ(vektaPlannerError(next.p), "");
             EXPECT_EQ(vektaPlannerAxes(next.p), axes);
@@ -158,10 +162,7 @@ TEST(AnyArm, SixAxesWithTheRatioAsJerkPlanExactlyAsTheHandleFormsInRecoveryMode)
         Planner own, handle;
         vektaPlannerSetRecovery(handle.p, 1);
         for (int stop = 0; stop < 2; ++stop) {
-            const int status =
-                stop ? vektaPlannerStop(own.p, 6, a.maxVel.data(), a.maxAcc.data(), a.maxJerk.data(), a.pos.data(),
-                                        a.vel.data(), a.acc.data())
-                     : move(own.p, a);
+            const int status = plan(own.p, a, stop);
             const int ok = stop ? vektaPlannerVelocityUpdate(handle.p, 6, a.maxVel.data(), a.maxAcc.data(), ratio,
                                                              a.pos.data(), a.vel.data(), a.acc.data())
                                 : vektaPlannerPositionUpdate(handle.p, 6, a.target.data(), a.maxVel.data(),
@@ -172,10 +173,10 @@ TEST(AnyArm, SixAxesWithTheRatioAsJerkPlanExactlyAsTheHandleFormsInRecoveryMode)
             for (int i = 0; ok && i < 6; ++i) {
                 const AxisPlan& x = own.state().records[i];
                 const AxisPlan& y = handle.state().records[i];
-                ASSERT_EQ(x.pointCount, y.pointCount);
-                const std::size_t bytes = sizeof(double) * static_cast<std::size_t>(x.pointCount);
-                ASSERT_TRUE(std::memcmp(x.secTime, y.secTime, bytes) == 0 && std::memcmp(x.secPos, y.secPos, bytes) == 0 &&
-                            std::memcmp(x.secVel, y.secVel, bytes) == 0 && std::memcmp(x.secAcc, y.secAcc, bytes) == 0)
+                const std::size_t n = sizeof(double) * static_cast<std::size_t>(x.pointCount);
+                ASSERT_TRUE(x.pointCount == y.pointCount && !std::memcmp(x.secTime, y.secTime, n) &&
+                            !std::memcmp(x.secPos, y.secPos, n) && !std::memcmp(x.secVel, y.secVel, n) &&
+                            !std::memcmp(x.secAcc, y.secAcc, n))
                     << "motion " << m << " axis " << i;
             }
         }
@@ -188,52 +189,42 @@ TEST(AnyArm, SixAxesWithTheRatioAsJerkPlanExactlyAsTheHandleFormsInRecoveryMode)
 TEST(AnyArm, EverySpoiledArgumentIsRefusedWithItsReasonAndLeavesNoPlan) {
     const Arm good = drawArm(3, 7, true);
     const double nan = std::nan(""), inf = HUGE_VAL;
-    struct Row {
-        const char* arg;
-        double value;  // at axis 2; NaN in `null` rows means a NULL array
-        bool null;
+    // Spoiled at axis 2, or the whole array NULL (the rows whose reason says so).
+    std::vector<double> Arm::*const fields[] = {&Arm::target, &Arm::maxVel, &Arm::maxAcc, &Arm::maxJerk,
+                                                      &Arm::pos,    &Arm::vel,    &Arm::acc};
+    const struct {
+        int field;
+        double value;
         const char* reason;
+    } rows[] = {
+        {0, nan, "axis 2: target is nan, it must be a finite number"},
+        {0, -inf, "axis 2: target is -inf, it must be a finite number"},
+        {0, 0, "target is NULL, it must point to one value per axis"},
+        {1, -1.0, "axis 2: maxVel is -1, it must be a positive finite number"},
+        {1, 0.0, "axis 2: maxVel is 0, it must be a positive finite number"},
+        {1, 0, "maxVel is NULL, it must point to one value per axis"},
+        {2, inf, "axis 2: maxAcc is inf, it must be a positive finite number"},
+        {2, -0.0, "axis 2: maxAcc is -0, it must be a positive finite number"},
+        {2, 0, "maxAcc is NULL, it must point to one value per axis"},
+        {3, -1.0, "axis 2: maxJerk is -1, it must be a positive finite number"},
+        {3, nan, "axis 2: maxJerk is nan, it must be a positive finite number"},
+        {3, 0, "maxJerk is NULL, it must point to one value per axis"},
+        {4, inf, "axis 2: pos is inf, it must be a finite number"},
+        {4, 0, "pos is NULL, it must point to one value per axis"},
+        {5, nan, "axis 2: vel is nan, it must be a finite number"},
+        {6, -inf, "axis 2: acc is -inf, it must be a finite number"},
     };
-    const Row rows[] = {
-        {"target", nan, false, "axis 2: target is nan, it must be a finite number"},
-        {"target", -inf, false, "axis 2: target is -inf, it must be a finite number"},
-        {"target", 0, true, "target is NULL, it must point to one value per axis"},
-        {"maxVel", -1.0, false, "axis 2: maxVel is -1, it must be a positive finite number"},
-        {"maxVel", 0.0, false, "axis 2: maxVel is 0, it must be a positive finite number"},
-        {"maxVel", 0, true, "maxVel is NULL, it must point to one value per axis"},
-        {"maxAcc", inf, false, "axis 2: maxAcc is inf, it must be a positive finite number"},
-        {"maxAcc", -0.0, false, "axis 2: maxAcc is -0, it must be a positive finite number"},
-        {"maxAcc", 0, true, "maxAcc is NULL, it must point to one value per axis"},
-        {"maxJerk", -1.0, false, "axis 2: maxJerk is -1, it must be a positive finite number"},
-        {"maxJerk", nan, false, "axis 2: maxJerk is nan, it must be a positive finite number"},
-        {"maxJerk", 0, true, "maxJerk is NULL, it must point to one value per axis"},
-        {"pos", inf, false, "axis 2: pos is inf, it must be a finite number"},
-        {"pos", 0, true, "pos is NULL, it must point to one value per axis"},
-        {"vel", nan, false, "axis 2: vel is nan, it must be a finite number"},
-        {"acc", -inf, false, "axis 2: acc is -inf, it must be a finite number"},
-    };
-    for (const Row& row : rows) {
-        for (int call = 0; call < 3; ++call) {  // Move, Stop, CatchUp
-            const std::string arg = row.arg;
-            const bool read = call == 0 || (call == 1 && arg != "target") || (call == 2 && (arg == "target" || arg.rfind("max", 0) == 0));
-            if (!read) continue;
-            SCOPED_TRACE(arg + " in call " + std::to_string(call));
+    for (const auto& row : rows) {
+        for (int call = 0; call < 3; ++call) {  // Move, Stop, CatchUp: each with the arrays it reads
+            if ((call == 1 && row.field == 0) || (call == 2 && row.field >= 4)) continue;
+            SCOPED_TRACE(std::string(row.reason) + " in call " + std::to_string(call));
             Arm a = good;
-            std::vector<double>* field = arg == "target" ? &a.target : arg == "maxVel" ? &a.maxVel
-                                       : arg == "maxAcc" ? &a.maxAcc : arg == "maxJerk" ? &a.maxJerk
-                                       : arg == "pos" ? &a.pos : arg == "vel" ? &a.vel : &a.acc;
-            (*field)[2] = row.value;
-            auto data = [&](std::vector<double>& v) { return row.null && &v == field ? nullptr : v.data(); };
+            std::vector<double>& field = a.*fields[row.field];
+            const bool null = std::strstr(row.reason, "NULL") != nullptr;
+            field[2] = row.value;
             Planner pl;
-            ASSERT_EQ(move(pl.p, good), VEKTA_OK);
-            const int status =
-                call == 0 ? vektaPlannerMove(pl.p, 3, data(a.target), data(a.maxVel), data(a.maxAcc), data(a.maxJerk),
-                                             data(a.pos), data(a.vel), data(a.acc))
-                : call == 1 ? vektaPlannerStop(pl.p, 3, data(a.maxVel), data(a.maxAcc), data(a.maxJerk), data(a.pos),
-                                               data(a.vel), data(a.acc))
-                            : vektaPlannerCatchUp(pl.p, 3, 0.2, 10.0, data(a.target), data(a.maxVel), data(a.maxAcc),
-                                                  data(a.maxJerk));
-            EXPECT_EQ(status, VEKTA_INVALID_ARGUMENT);
+            ASSERT_EQ(plan(pl.p, good), VEKTA_OK);
+            EXPECT_EQ(plan(pl.p, a, call, null ? &field : nullptr), VEKTA_INVALID_ARGUMENT);
             EXPECT_STREQ(vektaPlannerError(pl.p), row.reason);
             expectNoPlan(pl.p);
         }
@@ -326,7 +317,7 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     Planner own;
     VektaPlanner* made = vektaPlannerCreate();
     for (VektaPlanner* p : {own.p, made}) {
-        ASSERT_EQ(move(p, a), VEKTA_OK);
+        ASSERT_EQ(plan(p, a), VEKTA_OK);
         while (vektaPlannerNext(p, x, y, z) == 0) {
         }
     }
@@ -335,7 +326,7 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     EXPECT_EQ(quiet.text(), "");
     StdoutCapture loud;
     vektaPlannerOutputToStdout(made);
-    ASSERT_EQ(move(made, a), VEKTA_OK);
+    ASSERT_EQ(plan(made, a), VEKTA_OK);
     EXPECT_EQ(loud.text().rfind("posUpd: 1st pt ", 0), 0u);
     vektaPlannerDestroy(made);
 
@@ -360,7 +351,7 @@ TEST(AnyArm, ExactCurvesEndOnTheirTargetsInRecoveryModeAndThroughMove) {
     Arm plnt{1, {2.0093107025998123}, {2.534055825682591}, {A}, {J}, {2.1593704309201005}, {-0.9191887643931749},
              {1.6043801014072256}};
     Planner own;
-    ASSERT_EQ(move(own.p, plnt), VEKTA_OK) << vektaPlannerError(own.p);
+    ASSERT_EQ(plan(own.p, plnt), VEKTA_OK) << vektaPlannerError(own.p);
     EXPECT_GE(own.state().records[0].step1Profile, 20);
     EXPECT_NEAR(vektaPlannerDuration(own.p), 0.310762485956343468, 1e-11 * 0.31);
 
@@ -369,14 +360,14 @@ TEST(AnyArm, ExactCurvesEndOnTheirTargetsInRecoveryModeAndThroughMove) {
         Arm a = drawArm(1, 90000 + m, true);
         a.acc[0] = (m % 2 ? 0.9 : -0.9) * a.maxAcc[0];
         a.vel[0] = (m % 2 ? -0.4 : 0.4) * a.maxVel[0];
-        if (move(own.p, a) == VEKTA_OK && own.state().records[0].step1Profile >= 20) arms.push_back(a);
+        if (plan(own.p, a) == VEKTA_OK && own.state().records[0].step1Profile >= 20) arms.push_back(a);
     }
     EXPECT_EQ(arms.size(), 12u);
     int uses[kStep2ProfileCount] = {};  // the step-2 profiles the plans took, mirror images apart
     for (int m = 0; m < 400; ++m) arms.push_back(drawArm(6, 70000 + m, m % 3 != 0));
     for (const Arm& a : arms) {
         Planner viaMove, viaRecovery;
-        ASSERT_EQ(move(viaMove.p, a), VEKTA_OK) << vektaPlannerError(viaMove.p);
+        ASSERT_EQ(plan(viaMove.p, a), VEKTA_OK) << vektaPlannerError(viaMove.p);
         vektaPlannerSetRecovery(viaRecovery.p, 1);
         Arm ratioForm = a;  // the handle form takes one jerk ratio for every axis
         for (int i = 0; i < a.axes; ++i) ratioForm.maxJerk[i] = a.maxAcc[i] * (a.maxJerk[0] / a.maxAcc[0]);
