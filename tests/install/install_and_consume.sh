@@ -44,6 +44,8 @@ quietly "$work/cmake/arm_on_track"
 grep -q '^stopped 392 cycles later (0.783 s):$' "$work/log" || fail "arm_on_track stop"
 grep -q '^  vel       0.0000  0.0000  0.0000  0.0000  0.0000  0.0000  0.0000$' "$work/log" || fail "arm_on_track rest"
 grep -q '^a jerk limit of 0 is refused: axis 3: maxJerk is 0' "$work/log" || fail "arm_on_track refusal"
+quietly "$work/cmake/follow_moving_target"
+grep -q '^follow_moving_target: on the part after 909 cycles (re-plans refused: 1,' "$work/log" || fail "following"
 quietly "$work/cmake/seven_axes"
 grep -q '^seven_axes: every joint on target at rest after 1500 cycles$' "$work/log" || fail "seven_axes arrival"
 grep -q '^seven_axes: a jerk limit of 0 gives status 1: axis 3: maxJerk is 0, it must be a positive finite number$' \
@@ -102,4 +104,4 @@ if [ -n "$module" ]; then
   PYTHONPATH=$(dirname "$(dirname "$module")") quietly /usr/bin/python3 -c "import vekta; vekta.Planner()"
 fi
 
-echo "install and consume passed: 8 examples (6 C++, 2 C) with find_package(vekta), one with pkg-config, the C++ class"
+echo "install and consume passed: 9 examples (7 C++, 2 C) with find_package(vekta), one with pkg-config, the C++ class"
