@@ -259,58 +259,16 @@ TEST(AnyArm, EverySpoiledArgumentIsRefusedWithItsReasonAndLeavesNoPlan) {
     expectNoPlan(pl.p);
 }
 
-// The conveyor catch-up: within reach it ends on axis 0 moving with the
-// conveyor; out of reach it is refused in words and leaves no plan.
-TEST(AnyArm, CatchUpEndsWithTheConveyorOrSaysWhyNot) {
-    const Arm a = drawArm(7, 11, false);
-    Planner pl;
-    ASSERT_EQ(vektaPlannerCatchUp(pl.p, 7, 0.3, 100.0, a.target.data(), a.maxVel.data(), a.maxAcc.data(),
-                                  a.maxJerk.data()),
-              VEKTA_OK);
-    const double end = vektaPlannerDuration(pl.p);
-    double p[7], v[7], acc[7];
-    ASSERT_EQ(vektaPlannerStateAt(pl.p, end + 0.5, p, v, acc), 0);
-    EXPECT_EQ(v[0], 0.3);
-    EXPECT_NEAR(p[0], a.target[0] + 0.3 * end, 1e-5);
-    EXPECT_EQ(vektaPlannerCatchUp(pl.p, 7, 0.3, a.target[0] + 0.01, a.target.data(), a.maxVel.data(),
-                                  a.maxAcc.data(), a.maxJerk.data()),
-              VEKTA_CONVEYOR_OUT_OF_REACH);
-    EXPECT_EQ(std::string(vektaPlannerError(pl.p)).rfind("conveyor: the catch-up takes ", 0), 0u)
-        << vektaPlannerError(pl.p);
-    expectNoPlan(pl.p);
-}
-
-// NULL planners everywhere, a planner in the caller's memory destroyed, and a
-// new planner silent until its output is switched on.
+// A NULL planner, a planner in the caller's memory destroyed, and a new
+// planner silent until its output is switched on.
 TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     double x[VEKTA_MAX_AXES] = {}, y[VEKTA_MAX_AXES] = {}, z[VEKTA_MAX_AXES] = {};
     char message[8] = "x";
-    int count = 0;
-    EXPECT_EQ(vektaPlannerMove(nullptr, 1, x, x, x, x, x, x, x), VEKTA_INVALID_ARGUMENT);
-    EXPECT_EQ(vektaPlannerStop(nullptr, 1, x, x, x, x, x, x), VEKTA_INVALID_ARGUMENT);
-    EXPECT_EQ(vektaPlannerCatchUp(nullptr, 1, 0.0, 1.0, x, x, x, x), VEKTA_INVALID_ARGUMENT);
-    EXPECT_EQ(vektaPlannerSetPeriod(nullptr, 0.001), VEKTA_INVALID_ARGUMENT);
-    EXPECT_STREQ(vektaPlannerError(nullptr), "planner is NULL");
-    EXPECT_EQ(vektaPlannerPeriod(nullptr), 0.0);
-    EXPECT_EQ(vektaPlannerAxes(nullptr), 0);
-    EXPECT_EQ(vektaPlannerDuration(nullptr), 0.0);
-    EXPECT_EQ(vektaPlannerMinimumTime(nullptr, 0), -1.0);
-    EXPECT_EQ(vektaPlannerStateAt(nullptr, 0.0, x, y, z), -1);
-    EXPECT_EQ(vektaPlannerNext(nullptr, x, y, z), -1);
-    EXPECT_EQ(vektaPlannerPositionUpdate(nullptr, 1, x, x, x, 10.0, x, x, x), 0);
-    EXPECT_EQ(vektaPlannerVelocityUpdate(nullptr, 1, x, x, 10.0, x, x, x), 0);
-    EXPECT_EQ(vektaPlannerConveyorUpdate(nullptr, 1, 0.0, 1.0, x, x, x, 10.0, 0.1), 0);
-    EXPECT_EQ(vektaPlannerSample(nullptr, 0, 1, x, y, z, &count), -1);
-    EXPECT_EQ(vektaPlannerLeftTime(nullptr), 0.0);
+    // Every other call on a NULL planner is made by the fuzz target's seed
+    // null-planner-everywhere, which holds each to its failure value.
     EXPECT_EQ(vektaPlannerCheck(nullptr, message, sizeof message), VEKTA_CHECK_NO_PLAN);
     EXPECT_STREQ(message, "");
-    vektaPlannerSetTrace(nullptr, 1);
-    vektaPlannerSetRecovery(nullptr, 1);
-    vektaPlannerOutputToStdout(nullptr);
     vektaPlannerOutputToFile(nullptr, stdout);
-    vektaPlannerOutputToCallback(nullptr, nullptr, nullptr);
-    vektaPlannerOutputOff(nullptr);
-    vektaPlannerDestroy(nullptr);
 
     const Arm a = drawArm(2, 3, true);
     StdoutCapture quiet;

@@ -185,13 +185,11 @@ const char* noSample(int r, const Outputs& o, const char* what) {
 // count stays inside its arrays, whatever the update did.
 const char* checkRecords() {
     const PlannerState& st = defaultState();
+    const bool accepted = !st.planFailed && (st.axisCount == 1 || st.axisCount == kLegacyAxes);
     for (int i = 0; i < kMaxAxes; ++i) {
         const int pc = st.records[i].pointCount;
         if (pc < 0 || pc > kMaxPoints) return "a record's pointCount left 0 .. 13";
-    }
-    const bool accepted = !st.planFailed && (st.axisCount == 1 || st.axisCount == kLegacyAxes);
-    for (int i = 0; accepted && i < st.axisCount; ++i) {
-        if (st.records[i].pointCount < 1) return "an accepted plan has an axis without points";
+        if (accepted && i < st.axisCount && pc < 1) return "an accepted plan has an axis without points";
     }
     return nullptr;
 }
@@ -409,30 +407,27 @@ struct Request {
     Request(Reader& in, int call);
 };
 
-Request::Request(Reader& in, int c) : call(c) {
-    Request& q = *this;
-    q.axes = in.ownAxisCount();
-    if (q.call == kCatchUp) q.conveyorVel = in.value(), q.conveyorLimit = in.value();
-    const bool validAxes = q.axes >= 1 && q.axes <= kMaxAxes;
-    const int n = validAxes ? q.axes : 0;  // nothing to read for a count the call must refuse
+Request::Request(Reader& in, int c) : call(c), axes(in.ownAxisCount()) {
+    if (call == kCatchUp) conveyorVel = in.value(), conveyorLimit = in.value();
+    const bool validAxes = axes >= 1 && axes <= kMaxAxes;
+    const int n = validAxes ? axes : 0;  // nothing to read for a count the call must refuse
     // The driver's own judgement: what the call must refuse (in any order).
-    const auto bad = [&q](const char* name) { q.bad[q.badCount++] = name; };
-    if (q.call == kCatchUp && !std::isfinite(q.conveyorVel)) bad("conveyorVel");
-    if (q.call == kCatchUp && !std::isfinite(q.conveyorLimit)) bad("conveyorLimit");
+    const auto bad = [this](const char* name) { this->bad[badCount++] = name; };
+    if (call == kCatchUp && !std::isfinite(conveyorVel)) bad("conveyorVel");
+    if (call == kCatchUp && !std::isfinite(conveyorLimit)) bad("conveyorLimit");
     if (!validAxes) bad("axes");
     for (int k = 0; k < kArrayArgs; ++k) {
-        if (!kTakes[q.call][k]) continue;
+        if (!kTakes[call][k]) continue;
         const std::uint8_t sel = in.byte();
         if (sel % 16 == 0 || (k >= kVel && sel % 4 == 1)) {  // NULL (vel and acc more often)
             if (k < kVel && validAxes) bad(kArrayNames[k]);
             continue;
         }
-        q.arrays[k].reset(new double[n]);
+        arrays[k].reset(new double[n]);
         const bool shared = (sel & 0x30) == 0, limit = k >= kMaxVel && k <= kMaxJerk;
         bool valid = true;
         for (int i = 0; i < n; ++i) {
-            const double x = (shared && i > 0) ? q.arrays[k][0] : in.value(limit);
-            q.arrays[k][i] = x;
+            const double x = arrays[k][i] = (shared && i > 0) ? arrays[k][0] : in.value(limit);
             valid = valid && std::isfinite(x) && (!limit || x > 0.0);
         }
         if (!valid) bad(kArrayNames[k]);
@@ -440,16 +435,10 @@ Request::Request(Reader& in, int c) : call(c) {
 }
 
 int callOwn(VektaPlanner* h, const Request& q) {
-    if (q.call == kMove) {
-        return vektaPlannerMove(h, q.axes, q.get(kTarget), q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk),
-                                q.get(kPos), q.get(kVel), q.get(kAcc));
-    }
-    if (q.call == kStop) {
-        return vektaPlannerStop(h, q.axes, q.get(kMaxVel), q.get(kMaxAcc), q.get(kMaxJerk), q.get(kPos), q.get(kVel),
-                                q.get(kAcc));
-    }
-    return vektaPlannerCatchUp(h, q.axes, q.conveyorVel, q.conveyorLimit, q.get(kTarget), q.get(kMaxVel),
-                               q.get(kMaxAcc), q.get(kMaxJerk));
+    const double *T = q.get(kTarget), *V = q.get(kMaxVel), *A = q.get(kMaxAcc), *J = q.get(kMaxJerk);
+    if (q.call == kCatchUp) return vektaPlannerCatchUp(h, q.axes, q.conveyorVel, q.conveyorLimit, T, V, A, J);
+    if (q.call == kStop) return vektaPlannerStop(h, q.axes, V, A, J, q.get(kPos), q.get(kVel), q.get(kAcc));
+    return vektaPlannerMove(h, q.axes, T, V, A, J, q.get(kPos), q.get(kVel), q.get(kAcc));
 }
 
 // A refused call (or a refused period): a reason, and no plan left behind.
