@@ -189,7 +189,8 @@ TEST(AnyArm, SixAxesWithTheRatioAsJerkPlanExactlyAsTheHandleFormsInRecoveryMode)
 TEST(AnyArm, EverySpoiledArgumentIsRefusedWithItsReasonAndLeavesNoPlan) {
     const Arm good = drawArm(3, 7, true);
     const double nan = std::nan(""), inf = HUGE_VAL;
-    // Spoiled at axis 2, or the whole array NULL (the rows whose reason says so).
+    // Spoiled at axis 2, or the whole array NULL (the rows whose reason says so):
+    // each form of reason once; the fuzz target spoils every argument every way.
     std::vector<double> Arm::*const fields[] = {&Arm::target, &Arm::maxVel, &Arm::maxAcc, &Arm::maxJerk,
                                                       &Arm::pos,    &Arm::vel,    &Arm::acc};
     const struct {
@@ -198,15 +199,11 @@ TEST(AnyArm, EverySpoiledArgumentIsRefusedWithItsReasonAndLeavesNoPlan) {
         const char* reason;
     } rows[] = {
         {0, nan, "axis 2: target is nan, it must be a finite number"},
-        {0, -inf, "axis 2: target is -inf, it must be a finite number"},
         {0, 0, "target is NULL, it must point to one value per axis"},
         {1, -1.0, "axis 2: maxVel is -1, it must be a positive finite number"},
         {1, 0.0, "axis 2: maxVel is 0, it must be a positive finite number"},
-        {1, 0, "maxVel is NULL, it must point to one value per axis"},
         {2, inf, "axis 2: maxAcc is inf, it must be a positive finite number"},
         {2, -0.0, "axis 2: maxAcc is -0, it must be a positive finite number"},
-        {2, 0, "maxAcc is NULL, it must point to one value per axis"},
-        {3, -1.0, "axis 2: maxJerk is -1, it must be a positive finite number"},
         {3, nan, "axis 2: maxJerk is nan, it must be a positive finite number"},
         {3, 0, "maxJerk is NULL, it must point to one value per axis"},
         {4, inf, "axis 2: pos is inf, it must be a finite number"},
