@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "output/output_sink.h"
+#include "output/text_output.h"
 #include "support/test_support.h"
 #include "vekta/vekta_c.h"
 
@@ -285,13 +286,22 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     EXPECT_EQ(loud.text().rfind("posUpd: 1st pt ", 0), 0u);
     vektaPlannerDestroy(made);
 
-    // A diagnostic longer than the callback's 4 KiB buffer reaches it cut to
-    // the buffer, never beyond it.
-    std::size_t got = 0;
+    // A diagnostic as long as the callback's 4 KiB buffer, or longer, reaches
+    // it cut to the buffer and its terminator, never beyond it.
+    std::string got;
     const OutputSink sink{kOutputCallback, nullptr,
-                          [](const char*, std::size_t n, void* user) { *static_cast<std::size_t*>(user) = n; }, &got};
-    printLong(&sink, "%5000s", "x");
-    EXPECT_EQ(got, 4095u);
+                          [](const char* t, std::size_t n, void* user) { static_cast<std::string*>(user)->append(t, n); },
+                          &got};
+    printLong(&sink, "%4096s", "x");
+    EXPECT_EQ(got.size(), 4095u);
+    // A piece longer than a message's buffer is handed over in parts, whole.
+    got.clear();
+    const std::string piece(2500, 'p');
+    TextOutput out;
+    beginText(out, &sink);
+    appendLiteral(out, piece.c_str(), static_cast<int>(piece.size()));
+    writeText(out);
+    EXPECT_EQ(got, piece);
 }
 
 // Exact curves, in recovery mode and through Move: the time-setting axis of
