@@ -109,7 +109,8 @@ private:
 
 double valueOr0(const double* values, int i) { return values != nullptr ? values[i] : 0.0; }
 
-// The latest end of the axes' curves, plan or not.
+// The latest end of the axes' curves, plan or not (t >= end would pick the
+// same value: the comparison only keeps the larger of two equal ends).
 double latestEnd(const PlannerState& st) {
     double end = 0.0;
     for (int i = 0; i < st.axisCount; ++i) {
