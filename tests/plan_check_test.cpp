@@ -81,6 +81,15 @@ TEST(PlanCheck, AGoodPlanPasses) {
     AxisPlan stop = restToRest();
     stop.tgtPos = 123.0;
     EXPECT_EQ(check(*planned(stop, 1, kVelocityPlan)).code, VEKTA_CHECK_OK);
+    // As many points as a curve holds: the move four times over.
+    const Sec rr[] = {{0.2, 10.0}, {0.4, -10.0}, {0.2, 10.0}};
+    const AxisPlan full = integrated(0, 0, 0, {rr[0], rr[1], rr[2], rr[0], rr[1], rr[2], rr[0], rr[1], rr[2], rr[0],
+                                               rr[1], rr[2]}, 1.0, 4.0, 10.0);
+    EXPECT_EQ(check(*planned(full)).code, VEKTA_CHECK_OK);
+    // One point, missing its end state by exactly the tolerances: 2e-5 in
+    // position, 1e-6 of V in velocity and of A in acceleration.
+    const AxisPlan one = test::makeAxis(0.0, 1e-6, 4e-6, 2e-5, 1.0, 4.0, 10.0);
+    EXPECT_EQ(check(*planned(one)).code, VEKTA_CHECK_OK);
 }
 
 // One violation per row: the record is changed by `spoil`, the state by `spoilState`.
