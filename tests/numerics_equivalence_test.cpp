@@ -72,7 +72,8 @@ const Family kTextFamilies[] = {
 
 const double kSpecials[] = {NAN, -NAN, INFINITY, -INFINITY, 0.0, -0.0, DBL_MAX, -DBL_MAX, DBL_MIN, -DBL_MIN,
                             DBL_TRUE_MIN, -DBL_TRUE_MIN, 0.0000005, -0.0000005, 2.5e-7, 5e-7, 1.5e-6, 0.0078125,
-                            -0.0234375, 0.5, 1e-6, 999999.9999995, 4503599627.370496, 1e300, -1e-300};
+                            -0.0234375, 0.5, 1e-6, 999999.9999995, 4503599627.370496, 1e300, -1e-300,
+                            2.5e-6, -3.5e-6};  // x 10^6 rounds to a tie that the exact product is above, below
 
 std::string printed(const char* fmt, double x) {
     char s[400];
