@@ -1,15 +1,14 @@
-"""The Python package as its users meet it: tables of motions, refusals and threads.
-
-VEKTA_LIBRARY, when set, names the shared library: each motion is then planned
-through its C calls too (ctypes) and must give the same bits.
-"""
+# The Python package as its users meet it: tables of motions, refusals and threads.
+#
+# VEKTA_LIBRARY, when set, names the shared library: each motion is then planned
+# through its C calls too (ctypes) and must give the same bits.
 import ast
-import ctypes
 import inspect
 import os
 import re
 import threading
 import time
+from ctypes import CDLL, c_double, c_void_p
 from pathlib import Path
 
 import numpy as np
@@ -17,80 +16,87 @@ import pytest
 
 import vekta
 
-ROOT = Path(__file__).resolve().parents[2]
+# Arrays of the same shape and the same bits
+same = np.array_equal
 
 
+# Limits and a start state for n axes, one value per axis.
 def draw(n, seed):
-    """Limits and a start state for n axes, one value per axis."""
-    r = np.random.default_rng(seed)
-    vel, acc = r.uniform(0.5, 2.0, n), r.uniform(2.0, 8.0, n)
-    return dict(target=r.uniform(-2, 2, n), max_vel=vel, max_acc=acc, max_jerk=acc * r.uniform(5, 30, n),
-                pos=r.uniform(-1, 1, n), vel=vel * r.uniform(-0.5, 0.5, n), acc=acc * r.uniform(-0.5, 0.5, n))
+    u = np.random.default_rng(seed).uniform
+    vel, acc = u(0.5, 2.0, n), u(2.0, 8.0, n)
+    return dict(target=u(-2, 2, n), max_vel=vel, max_acc=acc, max_jerk=acc * u(5, 30, n),
+                pos=u(-1, 1, n), vel=vel * u(-0.5, 0.5, n), acc=acc * u(-0.5, 0.5, n))
 
 
+# The positional arguments of each planning call (in the order of its C function too).
 def args(call, d):
-    """The positional arguments of each planning call (in the order of its C function too)."""
-    lim = [d["max_vel"], d["max_acc"], d["max_jerk"]]
-    return {"move": [d["target"], *lim, d["pos"], d["vel"], d["acc"]],
-            "rest": [d["target"], *lim],  # move from rest at 0 (pos, vel and acc left out)
-            "stop": [*lim, d["pos"], d["vel"], d["acc"]],
+    lim, state = [d["max_vel"], d["max_acc"], d["max_jerk"]], [d["pos"], d["vel"], d["acc"]]
+    return {"move": [d["target"], *lim, *state],
+            # Move from rest at 0 (pos, vel and acc left out)
+            "rest": [d["target"], *lim],
+            "stop": [*lim, *state],
             "catch_up": [0.25, 50.0, d["target"], *lim],
-            "position": [d["target"], d["max_vel"], d["max_acc"], 10.0, d["pos"], d["vel"], d["acc"]]}[call]
+            "position": [d["target"], *lim[:2], 10.0, *state]}[call]
 
 
-MOTIONS = [  # axes, period (s), call, seed
+# The motions: axes, period (s), call, seed.
+MOTIONS = [
     (1, 0.001, "rest", 1), (1, 0.0001, "move", 2), (7, 0.001, "move", 3), (7, 0.001, "stop", 4),
     (16, 0.002, "move", 5), (16, 0.004, "stop", 6), (6, 0.005, "catch_up", 7), (6, 0.002, "position", 8),
 ]
 
 
-def c_level(call, period, a, n):
-    """The motion planned through the shared library's C calls, then Next to the end."""
-    lib = ctypes.CDLL(os.environ["VEKTA_LIBRARY"])
-    lib.vektaPlannerCreate.restype = ctypes.c_void_p
-    p = ctypes.c_void_p(lib.vektaPlannerCreate())
-    lib.vektaPlannerSetPeriod(p, ctypes.c_double(period))
-    name = {"move": "Move", "rest": "Move", "stop": "Stop", "catch_up": "CatchUp", "position": "PositionUpdate"}
-    values = [ctypes.c_double(x) if np.isscalar(x) else (ctypes.c_double * n)(*x) for x in a]
-    rest = [(ctypes.c_double * n)(), None, None] if call == "rest" else []  # pos zeros, vel and acc NULL
-    assert getattr(lib, "vektaPlanner" + name[call])(p, n, *values, *rest) in (0, 1)
-    rows, out = [], [(ctypes.c_double * n)() for _ in range(3)]
-    while True:
+# The motion planned through the shared library's C calls, then Next to the end.
+def c_level(call, period, a):
+    n = len(a[-1])
+    lib, arr = CDLL(os.environ["VEKTA_LIBRARY"]), c_double * n
+    lib.vektaPlannerCreate.restype = c_void_p
+    p = c_void_p(lib.vektaPlannerCreate())
+    lib.vektaPlannerSetPeriod(p, c_double(period))
+    name = {"rest": "Move", "catch_up": "CatchUp", "position": "PositionUpdate"}.get(call, call.title())
+    # From rest: pos zeros, vel and acc NULL.
+    rest = [arr(), None, None] if call == "rest" else []
+    values = [c_double(x) if np.isscalar(x) else arr(*x) for x in a]
+    assert getattr(lib, "vektaPlanner" + name)(p, n, *values, *rest) in (0, 1)
+    out, rows, finished = [arr(), arr(), arr()], [], 0
+    while not finished:
         finished = lib.vektaPlannerNext(p, *out)
-        rows.append([list(x) for x in out])
-        if finished:
-            lib.vektaPlannerDestroy(p)
-            return np.array(rows).transpose(1, 0, 2)  # pos, vel, acc: (k, axes)
+        rows.append([x[:] for x in out])
+    lib.vektaPlannerDestroy(p)
+    # pos, vel, acc: (3, k, axes)
+    return np.array(rows).transpose(1, 0, 2)
 
 
 @pytest.mark.parametrize("n, period, call, seed", MOTIONS)
 def test_motion(n, period, call, seed):
     d, p, q = draw(n, seed), vekta.Planner(period=period), vekta.Planner(period)
-    for planner in (p, q):
-        getattr(planner, "move" if call == "rest" else call)(*args(call, d))
-    assert (p.axes, p.period) == (n, period)
-    assert repr(p) == f"<vekta.Planner axes={n} period={period!r} duration={p.duration!r}>"
+    for x in (p, q):
+        getattr(x, "move" if call == "rest" else call)(*args(call, d))
+    shown = f"<vekta.Planner axes={n} period={period!r} duration={p.duration!r}>"
+    assert (p.axes, p.period, repr(p)) == (n, period, shown)
     assert p.minimum_times.shape == (n,) and p.minimum_times.max() == pytest.approx(p.duration, rel=1e-6)
-    t, pos, vel, acc = p.sample()
-    assert np.array_equal(t, np.arange(len(t)) * period) and t[-2] < p.duration <= t[-1]
-    for x, y in zip(p.state_at(t), (pos, vel, acc)):  # every period at once, and one by one from next()
-        assert np.array_equal(x, y)
-    steps = [q.next() for _ in range(len(t) - 1)]
-    assert [s[3] for s in steps] == [False] * (len(t) - 2) + [True]
-    for i, x in enumerate((pos, vel, acc)):
-        assert np.array_equal(np.array([s[i] for s in steps]), x[1:]) and np.array_equal(p.state_at(t[5])[i], x[5])
+    t, *s = p.sample()
+    # pos, vel and acc, each (periods, axes)
+    pos, vel, acc = s = np.array(s)
+    assert same(t, np.arange(len(t)) * period) and t[-2] < p.duration <= t[-1]
+    # The same bits every period at once, at one time, one by one from next() and from the C calls.
+    *steps, done = zip(*[q.next() for _ in t[1:]])
+    assert done == (False,) * (len(t) - 2) + (True,)
+    assert same(p.state_at(t), s) and same(p.state_at(t[5]), s[:, 5]) and same(steps, s[:, 1:])
     if os.environ.get("VEKTA_LIBRARY"):
-        assert np.array_equal(c_level(call, period, args(call, d), n), np.array([pos, vel, acc])[:, 1:])
-    for x, y in zip(q.sample(), (t, pos, vel, acc)):  # next() consumed nothing of sample()
-        assert np.array_equal(x, y)
-    start = {"rest": 0.0, "catch_up": 0.0}.get(call, d["pos"])
-    np.testing.assert_array_equal(pos[0], start)
-    end = {"stop": pos[-1], "catch_up": np.r_[d["target"][0] + 0.25 * p.duration, d["target"][1:]]}
-    np.testing.assert_allclose(pos[-1], end.get(call, d["target"]), atol=1e-6)
-    assert np.all(vel[-1] == (0.25 if call == "catch_up" else 0.0) * (np.arange(n) == 0)) and np.all(acc[-1] == 0)
-    if call != "catch_up":  # the limits hold (the jerk from differences of acceleration)
+        assert same(c_level(call, period, args(call, d)), s[:, 1:])
+    # next() consumed nothing of sample().
+    assert all(map(same, q.sample(), (t, *s)))
+    # The conveyor carries axis 0 on at 0.25 (its end velocity); every other motion ends at rest.
+    v = (call == "catch_up") * 0.25 * (np.arange(n) == 0)
+    assert np.all(pos[0] == (0.0 if call in ("rest", "catch_up") else d["pos"]))
+    if call != "stop":
+        np.testing.assert_allclose(pos[-1], d["target"] + v * p.duration, atol=1e-6)
+    assert np.all(vel[-1] == v) and np.all(acc[-1] == 0)
+    # The limits hold (the jerk from differences of acceleration).
+    if call != "catch_up":
         jerk = d["max_acc"] * 10.0 if call == "position" else d["max_jerk"]
-        assert np.all(np.abs(vel) <= d["max_vel"] * (1 + 1e-9)) and np.all(np.abs(acc) <= d["max_acc"] * (1 + 1e-9))
+        assert np.all(np.abs(s[1:]).max(1) <= np.array([d["max_vel"], d["max_acc"]]) * (1 + 1e-9))
         assert np.all(np.abs(np.diff(acc, axis=0)) <= jerk * period * (1 + 1e-6))
 
 
@@ -98,44 +104,42 @@ P7 = draw(7, 9)
 MOVE = args("move", P7)[:4]
 
 
-def long_motion():
-    p = vekta.Planner(1e-4)
-    p.move([1e3], [1e-3], [1.0], [1.0])  # a million seconds
-    return p
-
-
-FAILURES = [  # call on a planner holding a plan, error, message, whether the plan is gone
-    (lambda p: vekta.Planner(period=0), ValueError, r"^period is 0 s, it must be from 0.0001 to 1 s$", False),
-    (lambda p: vekta.Planner("0.005"), TypeError, r"^period must be a real number, not a string$", False),
-    (lambda p: p.move("1.5", *MOVE[1:]), TypeError, r"^target must be real numbers, not a string$", True),
-    (lambda p: p.move(["1.5"] * 7, *MOVE[1:]), TypeError, r"not strings$", True),
-    (lambda p: p.move(MOVE[0] + 1j, *MOVE[1:]), TypeError, r"^target must be real numbers, not complex$", True),
-    (lambda p: p.move([None] * 7, *MOVE[1:]), TypeError, r"^target must be real numbers, not NoneType$", True),
-    (lambda p: p.move(*MOVE, vel=[True] * 7), TypeError, r"^vel must be real numbers, not bool$", True),
-    (lambda p: p.move(*MOVE, pos=np.zeros((7, 1))), ValueError, r"^pos must be a flat .* not shape \(7, 1\)$", True),
-    (lambda p: p.move(*[[1.0] * 17] * 4), ValueError, r"^target has 17 values; a planner takes 1 to 16", True),
-    (lambda p: p.move([], [], [], []), ValueError, r"^target has 0 values", True),
-    (lambda p: p.move(*MOVE[:3], [1.0] * 6), ValueError, r"^max_jerk has 6 values, target has 7: give one", True),
-    (lambda p: p.stop(*MOVE[1:], pos=[0.0]), ValueError, r"^max_vel has 7 values, pos has 1", True),
-    (lambda p: p.move(*MOVE[:3], np.r_[MOVE[3][:3], -1, MOVE[3][4:]]), ValueError,
-     r"^axis 3: maxJerk is -1, it must be a positive finite number$", True),
-    (lambda p: p.move(np.r_[np.nan, MOVE[0][1:]], *MOVE[1:]), ValueError, r"^axis 0: target is nan, it must be", True),
-    (lambda p: p.catch_up(0.5, 0.6, *MOVE), vekta.VektaError, r"^conveyor: the catch-up takes .* limit 0.6$", True),
-    (lambda p: p.move([1.0], [1e300], [1e300], [1e-300]), vekta.VektaError, r"^axis 0: no step-1 motion profile", True),
-    (lambda p: p.move([1e300], [1.0], [1.0], [1.0]), vekta.VektaError, r"^the plan check refused the plan: axis 0", True),
-    (lambda p: p.conveyor(0.25, 2.0, [0.4] * 6, [1.0] * 6, [4.0] * 6, 8.0, spare=0.0), ValueError,
-     r"^spare is 0.0 s; the conveyor update refuses a spare below 0.002 s$", True),
-    (lambda p: p.conveyor(0.5, 0.6, [0.5] * 6, [1.0] * 6, [4.0] * 6, 10.0), vekta.VektaError,
-     r"^vekta: failed to catch up with conveyor.*; plan check: conveyor", True),
-    (lambda p: p.position(*[[1.0] * 3] * 3, 10.0, [0.0] * 3), ValueError, r"position\(\) takes 1 or 6", True),
-    (lambda p: p.move(*MOVE[:3]), TypeError, r"^move\(\) missing required argument 'max_jerk'$", False),
-    (lambda p: p.move(*MOVE, speed=1), TypeError, r"^move\(\) got an unexpected keyword argument 'speed'$", False),
-    (lambda p: p.state_at("1.5"), TypeError, r"^t must be real numbers, not a string$", False),
-    (lambda p: p.state_at([0.1, np.nan]), ValueError, r"^t\[1\] is nan; times must be seconds$", False),
-    (lambda p: p.state_at([[0.1]]), ValueError, r"^t must be a flat sequence of numbers, not shape \(1, 1\)$", False),
-    (lambda p: p.next(1), TypeError, r"^next\(\) takes 0 arguments \(1 given\)$", False),
-    (lambda p: setattr(p, "recovery", 1), TypeError, r"^recovery must be True or False$", False),
-    (lambda p: long_motion().sample(), ValueError, r"^the motion lasts 1000000.* too many periods for sample", False),
+# The call on a planner p holding a plan (evaluated), the error (or the status of the
+# VektaError), its message and whether p lost its plan.
+FAILURES = [
+    ("vekta.Planner(period=0)", ValueError, "^period is 0 s, it must be from 0.0001 to 1 s$", False),
+    ("vekta.Planner('0.005')", TypeError, "^period must be a real number, not a string$", False),
+    ("p.move('1.5', *MOVE[1:])", TypeError, "^target must be real numbers, not a string$", True),
+    ("p.move(['1.5'] * 7, *MOVE[1:])", TypeError, "not strings$", True),
+    ("p.move(MOVE[0] + 1j, *MOVE[1:])", TypeError, "^target must be real numbers, not complex$", True),
+    ("p.move([None] * 7, *MOVE[1:])", TypeError, "^target must be real numbers, not NoneType$", True),
+    ("p.move(*MOVE, vel=[True] * 7)", TypeError, "^vel must be real numbers, not bool$", True),
+    ("p.move(*MOVE, pos=np.zeros((7, 1)))", ValueError, r"^pos must be a flat .* not shape \(7, 1\)$", True),
+    ("p.move(*[[1.0] * 17] * 4)", ValueError, "^target has 17 values; a planner takes 1 to 16", True),
+    ("p.move([], [], [], [])", ValueError, "^target has 0 values", True),
+    ("p.move(*MOVE[:3], [1.0] * 6)", ValueError, "^max_jerk has 6 values, target has 7: give one", True),
+    ("p.stop(*MOVE[1:], pos=[0.0])", ValueError, "^max_vel has 7 values, pos has 1", True),
+    ("p.move(*MOVE[:3], np.r_[MOVE[3][:3], -1, MOVE[3][4:]])", ValueError,
+     "^axis 3: maxJerk is -1, it must be a positive finite number$", True),
+    ("p.move(np.r_[np.nan, MOVE[0][1:]], *MOVE[1:])", ValueError, "^axis 0: target is nan, it must be", True),
+    ("p.catch_up(0.5, 0.6, *MOVE)", vekta.CONVEYOR_OUT_OF_REACH, "^conveyor: the catch-up takes .* limit 0.6$", True),
+    ("p.move([1.0], [1e300], [1e300], [1e-300])", vekta.NO_PROFILE, "^axis 0: no step-1 motion profile", True),
+    ("p.move([1e300], [1.0], [1.0], [1.0])", vekta.PLAN_REFUSED, "^the plan check refused the plan: axis 0", True),
+    ("p.conveyor(0.25, 2.0, [0.4] * 6, [1.0] * 6, [4.0] * 6, 8.0, spare=0.0)", ValueError,
+     "^spare is 0.0 s; the conveyor update refuses a spare below 0.002 s$", True),
+    ("p.conveyor(0.5, 0.6, [0.5] * 6, [1.0] * 6, [4.0] * 6, 10.0)", vekta.CONVEYOR_OUT_OF_REACH,
+     "^vekta: failed to catch up with conveyor.*; plan check: conveyor", True),
+    ("p.position(*[[1.0] * 3] * 3, 10.0, [0.0] * 3)", ValueError, r"position\(\) takes 1 or 6", True),
+    ("p.move(*MOVE[:3])", TypeError, r"^move\(\) missing required argument 'max_jerk'$", False),
+    ("p.move(*MOVE, speed=1)", TypeError, r"^move\(\) got an unexpected keyword argument 'speed'$", False),
+    ("p.state_at('1.5')", TypeError, "^t must be real numbers, not a string$", False),
+    ("p.state_at([0.1, np.nan])", ValueError, r"^t\[1\] is nan; times must be seconds$", False),
+    ("p.state_at([[0.1]])", ValueError, r"^t must be a flat sequence of numbers, not shape \(1, 1\)$", False),
+    ("p.next(1)", TypeError, r"^next\(\) takes 0 arguments \(1 given\)$", False),
+    ("setattr(p, 'recovery', 1)", TypeError, "^recovery must be True or False$", False),
+    # A million seconds.
+    ("[p.move([1e3], [1e-3], [1.0], [1.0]), p.sample()]", ValueError,
+     "^the motion lasts 1000000.* too many periods for sample", False),
 ]
 
 
@@ -143,18 +147,17 @@ FAILURES = [  # call on a planner holding a plan, error, message, whether the pl
 def test_failure(call, error, message, gone):
     p = vekta.Planner(0.001)
     p.move(*MOVE)
-    with pytest.raises(error, match=message) as raised:
-        call(p)
-    assert "\n" not in str(raised.value) and len(str(raised.value)) < 200
-    if error is vekta.VektaError:  # the status names the kind of failure
-        kinds = {"profile": vekta.NO_PROFILE, "refused": vekta.PLAN_REFUSED, "conveyor": vekta.CONVEYOR_OUT_OF_REACH}
-        status = next(kinds[k] for k in kinds if k in message)
-        assert (raised.value.status, raised.value.reason) == (status, str(raised.value))
+    kind = vekta.VektaError if isinstance(error, int) else error
+    with pytest.raises(kind, match=message) as raised:
+        eval(call)
+    e = raised.value
+    assert "\n" not in str(e) and len(str(e)) < 200
+    # The status names the kind of failure.
+    if kind is not error:
+        assert (e.status, e.reason) == (error, str(e))
     assert (p.duration == 0.0, p.axes == 0) == (gone, gone)
-    if gone:
-        for read in (p.next, p.sample, lambda: p.state_at(0.0)):
-            with pytest.raises(RuntimeError, match="^no plan"):
-                read()
+    for read in (p.next, p.sample, lambda: p.state_at(0.0)) if gone else ():
+        assert str(pytest.raises(RuntimeError, read).value).startswith("no plan")
 
 
 def test_threads_run_while_the_library_samples():
@@ -162,44 +165,43 @@ def test_threads_run_while_the_library_samples():
     p.move(*MOVE)
     q.move(*args("move", P7))
     t = np.linspace(0.0, p.duration, 1_000_000)
-    alone = q.state_at(t[::1000])
-    ticks, stop, beside = [], threading.Event(), []
+    alone, ticks, stop = q.state_at(t[::1000]), [], threading.Event()
 
-    def tick():  # a second thread ticks and samples another planner while the first is inside state_at
+    # A second thread ticks and samples another planner while the first is inside state_at.
+    def tick():
         while not stop.is_set():
-            ticks.append(time.perf_counter())
-            beside.append(q.state_at(t[::1000]))
+            ticks.append((time.perf_counter(), q.state_at(t[::1000])))
     ticker = threading.Thread(target=tick)
     ticker.start()
     start = time.perf_counter()
-    pos, _, _ = p.state_at(t)
+    pos = p.state_at(t)[0]
     end = time.perf_counter()
     stop.set()
     ticker.join()
     # Ticks in the middle half of the call: none if it held the GIL (Python switches threads every 5 ms).
-    during = [x for x in ticks if start + (end - start) / 4 < x < end - (end - start) / 4]
+    during = [x for x, _ in ticks if abs(2 * x - start - end) < (end - start) / 2]
     assert pos.shape == (len(t), 7) and len(during) >= 3 and end - start > 0.04
-    assert all(np.array_equal(x, y) for b in beside for x, y in zip(b, alone))
+    assert all(same(b, alone) for _, b in ticks)
 
 
 def test_package_is_typed_documented_and_versioned():
-    version = re.search(r"project\(vekta VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
-    assert vekta.__version__ == version and issubclass(vekta.VektaError, RuntimeError)
+    cmake = (Path(__file__).parents[2] / "CMakeLists.txt").read_text()
+    assert f"project(vekta VERSION {vekta.__version__} " in cmake and issubclass(vekta.VektaError, RuntimeError)
     here = Path(vekta.__file__).parent
-    assert (here / "py.typed").exists()
     stub = ast.parse((here / "_vekta.pyi").read_text())
-    stubbed = {f.name: f for c in stub.body if isinstance(c, ast.ClassDef) and c.name == "Planner" for f in c.body
-               if isinstance(f, ast.FunctionDef)}
-    public = {name for name in dir(vekta.Planner) if not name.startswith("_")}
-    assert public == set(stubbed) - {"__init__"} and vekta.Planner.__doc__
-    p, lines = vekta.Planner(), []  # the switches: each planning call's lines go to the output
+    stubbed = {f.name: f for f in ast.walk(stub) if isinstance(f, ast.FunctionDef)}
+    public = {name for name in dir(vekta.Planner) if name[0] != "_"}
+    assert (here / "py.typed").exists() and public == set(stubbed) - {"__init__"} and vekta.Planner.__doc__
+    # The switches: each planning call's lines go to the output while one is set.
+    p, lines, m = vekta.Planner(), [], ([1.0], [1.0], [4.0], [40.0])
     p.output, p.recovery, p.trace = lines.append, True, True
     p.position([0.0], [1.0], [4.0], 10.0, [0.0], vel=[0.3])
-    p.move([1.0], [1.0], [4.0], [40.0])
+    p.move(*m)
     p.output = None
-    p.move([1.0], [1.0], [4.0], [40.0])
+    p.move(*m)
     assert (p.recovery, p.trace, len(lines)) == (True, True, 2) and all(x.startswith("step1 start") for x in lines)
-    for name in public:  # the signature and the stub agree, each is documented
+    # The signature and the stub agree, each is documented.
+    for name in public:
         member = getattr(vekta.Planner, name)
         if callable(member):
             assert list(inspect.signature(member).parameters) == [a.arg for a in stubbed[name].args.args]
