@@ -48,6 +48,7 @@ const Row kRows[] = {
     {"short, peaks below A", kFastV, 1, 1, 0, 0, 0, 0.1, 16, "1 2 3 4 9 10 29 30 21"},
     {"short, backwards", kFastV, 1, 1, 0, 0, 0, -0.1, 17, "1 2 3 4 9 10 29 33 24 25"},
     {"low V: triangles and a cruise", kSlowV, 1, 1, 0, 0, 0, 2, 4, "1 2 3 4 9 10 29 30 32"},
+    {"V exactly a full pulse's gain A^2/J", 1, 1, 1, 0, 0, 0, 3, 2, "1 2 3 4 9 10 29 30 21 12 13"},
     {"low V, backwards", kSlowV, 1, 1, 0, 0, 0, -2, 5, "1 2 3 4 9 10 29 33 24 26 27"},
     {"low V, short", kSlowV, 1, 1, 0, 0, 0, 0.1, 16, "1 2 3 4 9 10 29 30 32"},
     {"braking backwards, target far", kSlowV, 1, 1, 0, -0.5, 1, 2, 2, "1 2 3 4 9 10 11 12 13"},
