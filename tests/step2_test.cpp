@@ -372,5 +372,28 @@ TEST(Step2, EveryLeafFromARepresentativeState) {
     expectMatchesDigest(transcripts, VEKTA_STEP2_LEAVES_DIGEST);
 }
 
+// States on a node's boundary, or where one term of its test decides the
+// branch: the path and the leaf.
+const LeafCase kBoundaries[] = {
+    // Node 37 with a0 != 0: two equal Tri pulses need (4 sqrt(((vT - v0) J + a0^2/2)/2) - a0)/J,
+    // here 2.0527756377319948 s: exactly that, and a little more.
+    {-0.5, -2.75, -2, -5, 2.0527756377319948, 10, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36+ 37+ 38-"},
+    {-0.5, -2.75, -2, -5.25, 2.15, 10, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36+ 37-"},
+};
+
+TEST(Step2, BoundaryStatesTakeTheirBranch) {
+    for (const LeafCase& c : kBoundaries) {
+        auto st = freshState();
+        st->traceOn = true;
+        AxisPlan rec = makeAxis(0.0, c.v0, c.a0, c.pT, 4.0, 1.0, 2.0);
+        rec.tgtVel = c.vT;
+        rec.remTime = c.T;
+        StdoutCapture out;
+        walkStep2(*st, Step2Tree, rec);
+        EXPECT_EQ(out.text(), traceText(c.path));
+        EXPECT_EQ(rec.step2Profile, c.id) << c.path;
+    }
+}
+
 }  // namespace
 }  // namespace vekta::test
