@@ -324,7 +324,7 @@ bool node74(PlannerState& st, AxisPlan& rec) {
         return true;
     }
     setProfile(rec, NegLinHldNegTrap);
-    st.hints.linHldLo = 0.0;
+    st.hints.linHldLo = 0.0;  // as node 72, the only way here, left it already
     st.hints.linHldHi = -al;
     return false;
 }
