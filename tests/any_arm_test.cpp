@@ -112,11 +112,16 @@ TEST(AnyArm, EveryArmAndPeriodPlansPhysicalCurvesSampledAlikeByNextStateAtAndSam
                 const AxisPlan& r = next.state().records[i];
                 expectPhysicalCurve(r, true, kExact);
                 expectEndsAt(r, end, a.target[i], 0.0, 1e-9);
+                double t[kMaxPoints], acc[kMaxPoints];  // the curve as a caller reads it
+                ASSERT_EQ(vektaPlannerCurve(next.p, i, t, nullptr, nullptr, acc, kMaxPoints), r.pointCount);
+                EXPECT_TRUE(!std::memcmp(t, r.secTime, sizeof(double) * static_cast<std::size_t>(r.pointCount)) &&
+                            !std::memcmp(acc, r.secAcc, sizeof(double) * static_cast<std::size_t>(r.pointCount)));
                 const double alone = vektaPlannerMinimumTime(next.p, i);
                 EXPECT_LE(alone, end);
                 someAxisSetsTheEnd |= alone == end;
             }
             EXPECT_TRUE(someAxisSetsTheEnd);
+            EXPECT_EQ(vektaPlannerCurve(next.p, axes, nullptr, nullptr, nullptr, nullptr, 0), -1);
 
             double p[VEKTA_MAX_AXES], v[VEKTA_MAX_AXES], acc[VEKTA_MAX_AXES];
             double sp[VEKTA_MAX_AXES], sv[VEKTA_MAX_AXES], sa[VEKTA_MAX_AXES];
