@@ -239,8 +239,8 @@ const std::vector<PrologueRow> kPrologueRows = {
     {"node 7: ramp to A and hold it to -V", 1, 1, 1, -3, 0, {{prologueNode7, false}}, 2, -1, 1, 1},
     {"node 8: a full pulse overshoots V, recovery", 1, 3, 1, -4, 0, {{prologueNode8, true}}, 2, -1,
      2, 1},
-    {"node 8: ramp, hold, ramp to w (= A here)", 1, 2, 1, -5, 0, {{prologueNode8, false}}, 3, -1, 2,
-     1},
+    {"node 8: ramp from a0 to A, hold, ramp to w (= A here)", 1, 2, 1, -5, 0.5, {{prologueNode8, false}}, 3, -1,
+     2, 1},
 };
 
 TEST(Step1, PreparingNodesAppendPhysicalSections) {
