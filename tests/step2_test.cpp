@@ -379,6 +379,9 @@ const LeafCase kBoundaries[] = {
     // here 2.0527756377319948 s: exactly that, and a little more.
     {-0.5, -2.75, -2, -5, 2.0527756377319948, 10, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36+ 37+ 38-"},
     {-0.5, -2.75, -2, -5.25, 2.15, 10, "9+ 10+ 11- 14+ 18- 20+ 27- 29- 34- 36+ 37-"},
+    // Node 16 towards a moving target: the two pulses need exactly T, and less.
+    {0, 0, 0.25, 8.25, 1.7071067811865475, 2, "9+ 10- 12+ 16+"},
+    {0, 0, 0.25, 8.25, 2, 0, "9+ 10- 12+ 16- 17+ 13+"},
     // Node 42: the target exactly where holding down to the level that reaches vT ends.
     {0.75, -0.75, 0, -0.50634765625, 1.5, 18, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41+ 42+ 44-"},
 };
