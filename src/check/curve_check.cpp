@@ -48,7 +48,7 @@ CurveReport checkCurve(const AxisPlan& rec) {
     r.pointCountValid = rec.pointCount >= 1 && rec.pointCount <= kMaxPoints;
     r.finite = true;
     r.timesNonDecreasing = true;
-    r.worstSection = -1;
+    r.worstSection = -1;  // read only by the messages of a failed check
     if (!r.pointCountValid) return r;
 
     const int n = rec.pointCount;
@@ -59,6 +59,7 @@ CurveReport checkCurve(const AxisPlan& rec) {
             r.finite = false;
         }
     }
+    // The first section's peaks include these; a curve of one point has only them.
     r.peakVel = std::fabs(rec.secVel[0]);
     r.peakAcc = std::fabs(rec.secAcc[0]);
 

@@ -188,6 +188,7 @@ bool conveyorUpdate(PlannerState& st, AxisCounts counts, int n, double conveyorV
     }
 
     // Back to the fixed frame: axis 0 moves with the conveyor on top of its plan.
+    // (A point past the curve is read by nothing; only the curve's own move.)
     AxisPlan& r0 = st.records[0];
     for (int i = 0; i < printablePoints(r0); ++i) {
         r0.secPos[i] += r0.secTime[i] * conveyorVel;
