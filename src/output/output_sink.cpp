@@ -25,6 +25,8 @@ void vprintTo(const OutputSink* sink, const char* fmt, std::va_list ap) {
 }
 
 void writeTo(const OutputSink* sink, const char* text, std::size_t length) {
+    // No caller hands over an empty message; the guard keeps the callback's
+    // promise should one ever do.
     if (!outputOn(sink) || length == 0) return;
     if (sink == nullptr || sink->kind == kOutputStdout) {
         std::fwrite(text, 1, length, stdout);
