@@ -94,6 +94,8 @@ void trackNoStop(PlannerState& st, int finished) {
     vel[k] = r.tgtVel;
     pos[k] = r.secPos[last];
     countPeriod(r);
+    // The cursor on the end only spares a later call the scan there: a sample
+    // exactly one period past the last point may leave it or move it alike.
     if (c == r.pointCount && r.secTime[last] + step >= t) r.secCursor = r.pointCount;
     return k + 1;
 }
