@@ -29,18 +29,6 @@ AxisPlan makeAxis(double pos, double vel, double acc, double tgtPos, double maxV
     return r;
 }
 
-StdoutCapture::StdoutCapture() : active_(true) { testing::internal::CaptureStdout(); }
-
-StdoutCapture::~StdoutCapture() { text(); }
-
-std::string StdoutCapture::text() {
-    if (active_) {
-        active_ = false;
-        text_ = testing::internal::GetCapturedStdout();
-    }
-    return text_;
-}
-
 namespace {
 
 // The size of the motion, used to turn relative tolerances into absolute ones.
