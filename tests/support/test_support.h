@@ -15,7 +15,7 @@
 namespace vekta::test {
 
 // A zeroed planner state of the tests' own (never the process-wide one).
-std::unique_ptr<PlannerState> freshState();
+inline std::unique_ptr<PlannerState> freshState() { return std::make_unique<PlannerState>(); }
 
 // A record ready for planning: the given state and limits, one curve point
 // (the present state at time 0), inv = 1, everything else zero.
