@@ -76,7 +76,6 @@ public:
     // outside 0..nSamples, a result other than 0 or 1.
     std::string problems;
 
-    void note(const std::string& text) { units.push_back(text); }
     // An update's call and result, what it printed, the plan check and the left time.
     void update(const std::string& call, bool ok);
     // One sampling call of one axis (nSamples <= 8) through guarded arrays;
