@@ -10,10 +10,6 @@
 #include "sweep.h"
 #include "vekta/vekta.h"
 
-namespace {
-long allocations = 0;  // the library is single-threaded, and so is this test
-}
-
 #if defined(__SANITIZE_ADDRESS__)
 #define VEKTA_TEST_ASAN 1
 #elif defined(__has_feature)
@@ -22,25 +18,26 @@ long allocations = 0;  // the library is single-threaded, and so is this test
 #endif
 #endif
 
-// AddressSanitizer sees every allocation of the process, in this program and
-// in the C and C++ libraries alike; the test runs in the sanitized build.
 #if defined(VEKTA_TEST_ASAN)
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
                                                          void (*onFree)(const volatile void*));
-namespace {
-void countMalloc(const volatile void*, std::size_t) { ++allocations; }
-void ignoreFree(const volatile void*) {}
-const bool hooksInstalled = __sanitizer_install_malloc_and_free_hooks(countMalloc, ignoreFree) != 0;
-}  // namespace
-#else
-namespace {
-const bool hooksInstalled = false;
-}
 #endif
 
 namespace {
 
 using namespace vekta::sweep;
+
+long allocations = 0;  // the library is single-threaded, and so is this test
+
+// AddressSanitizer sees every allocation of the process, in this program and
+// in the C and C++ libraries alike; the test runs in the sanitized build.
+#if defined(VEKTA_TEST_ASAN)
+void countMalloc(const volatile void*, std::size_t) { ++allocations; }
+void ignoreFree(const volatile void*) {}
+const bool hooksInstalled = __sanitizer_install_malloc_and_free_hooks(countMalloc, ignoreFree) != 0;
+#else
+const bool hooksInstalled = false;
+#endif
 
 // Allocations made while `f` runs.
 template <typename F>
@@ -71,11 +68,11 @@ TEST(Allocation, PlanningAndSamplingAllocateNothingAfterTheFirstCall) {
     const double v[6] = {1.0, 1.0, 1.5, 2.0, 2.0, 3.0}, a[6] = {3.0, 3.0, 4.0, 6.0, 6.0, 9.0};
     auto conveyor = [&](double limit) {
         if (!vektaPostionModeParaUpdConveyor(6, 0.25, limit, tgt, v, a, 8.0, 1.0)) return;
+        double p[4], vel[4], acc[4];
+        int count = 0;
         for (int period = 0, done = 0; period < 2000 && done < 6; ++period) {
             done = 0;
             for (int axis = 0; axis < 6; ++axis) {
-                double p[4], vel[4], acc[4];
-                int count = 0;
                 done += vektaVelocityModePerFreedom(axis, 1 + period % 4, p, vel, acc, count);
             }
         }

@@ -22,7 +22,6 @@
 #include "records/planner_state.h"
 #include "step1/step1_tree.h"
 #include "step2/step2_tree.h"
-#include "support/test_support.h"
 #include "support/transcript.h"
 #include "vekta/vekta.h"
 #include "vekta/vekta_c.h"
@@ -34,10 +33,10 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr int kBlindCalls = 300;  // sampling calls for a plan that promises no end
 
-enum class Kind { Position, Velocity, Conveyor };
+enum Kind { Position, Velocity, Conveyor };
 
 struct Update {
-    Kind kind = Kind::Position;
+    Kind kind = Position;
     int n = 6;
     double tgt[6] = {1.0, -0.5, 0.25, 2.0, -1.5, 0.75};
     double maxVel[6] = {1.0, 1.5, 2.0, 1.0, 1.2, 0.8};
@@ -50,16 +49,13 @@ struct Update {
 };
 
 bool call(const Update& u) {
-    switch (u.kind) {
-        case Kind::Position:
-            return vektaPostionModeParaUpd(u.n, u.tgt, u.maxVel, u.maxAcc, u.ratio, u.pos, u.vel, u.acc, 0.0);
-        case Kind::Velocity:
-            return vektaVelocityModeParaUpd(u.n, u.maxVel, u.maxAcc, u.ratio, u.pos, u.vel, u.acc, 0.0);
-        case Kind::Conveyor:
-            return vektaPostionModeParaUpdConveyor(u.n, u.conveyorVel, u.conveyorLimit, u.tgt, u.maxVel, u.maxAcc,
-                                                   u.ratio, u.spare);
+    if (u.kind == Conveyor) {
+        return vektaPostionModeParaUpdConveyor(u.n, u.conveyorVel, u.conveyorLimit, u.tgt, u.maxVel, u.maxAcc, u.ratio,
+                                               u.spare);
     }
-    return false;
+    return u.kind == Position
+               ? vektaPostionModeParaUpd(u.n, u.tgt, u.maxVel, u.maxAcc, u.ratio, u.pos, u.vel, u.acc, 0.0)
+               : vektaVelocityModeParaUpd(u.n, u.maxVel, u.maxAcc, u.ratio, u.pos, u.vel, u.acc, 0.0);
 }
 
 // What a row spoils: one input of one axis (axis 0 of one, axis 3 of six), or
@@ -71,9 +67,9 @@ const char* const kFieldName[] = {"target", "position", "velocity", "acceleratio
                                   "positions offset by", "state beyond the limits by"};
 
 bool applies(Field f, Kind k) {
-    if (f == ConveyorVel || f == ConveyorLimit || f == Spare) return k == Kind::Conveyor;
-    if (f == Pos || f == Vel || f == Acc || f == FarState) return k != Kind::Conveyor;
-    return !(f == Tgt && k == Kind::Velocity);
+    if (f == ConveyorVel || f == ConveyorLimit || f == Spare) return k == Conveyor;
+    if (f == Pos || f == Vel || f == Acc || f == FarState) return k != Conveyor;
+    return !(f == Tgt && k == Velocity);
 }
 
 void spoil(Update& u, Field f, double x) {
@@ -96,7 +92,7 @@ void spoil(Update& u, Field f, double x) {
 std::vector<std::string> runRow(const std::string& what, const Update& u, Output& out, std::string& problems) {
     defaultState() = PlannerState{};
     Recorder rec(out);
-    rec.note(what + "\n");
+    rec.units.push_back(what + "\n");
     const bool ok = call(u);
     rec.update("update", ok);
     const int code = vektaCheckPlan(nullptr, 0);
@@ -108,9 +104,9 @@ std::vector<std::string> runRow(const std::string& what, const Update& u, Output
         const bool mustFinish = code == VEKTA_CHECK_OK && end < kBlindCalls * kCyclePeriod;
         const int budget = mustFinish ? static_cast<int>(std::ceil(end / kCyclePeriod)) + 1 : kBlindCalls;
         double p = 0.0, v = 0.0, a = 0.0;
-        int done = 0, calls = 0;
-        for (; calls < budget && done == 0; ++calls) {
-            done = rec.sample(axis, 1, u.kind == Kind::Velocity, p, v, a);
+        int done = 0;
+        for (int calls = 0; calls < budget && done == 0; ++calls) {
+            done = rec.sample(axis, 1, u.kind == Velocity, p, v, a);
             if (st.planFailed && done != 0) problems += what + ": a failed plan finished\n";
         }
         if (mustFinish && (done != 1 || std::fabs(a) > 1e-5 || std::fabs(v - r.tgtVel) > 1e-5)) {
@@ -126,45 +122,36 @@ TEST(BadInput, EverySpoiledInputIsPlannedOrRefusedSafelyAndAsPinned) {
     const double values[] = {kNaN, kInf, -kInf, 0.0, -1.0, -10.0, 1e-9, 1e9};
     std::vector<std::vector<std::string>> transcripts;
     std::string problems;
-    int accepted = 0, checked = 0;
     {
         Output out;
-        for (const Kind kind : {Kind::Position, Kind::Velocity, Kind::Conveyor}) {
+        for (const Kind kind : {Position, Velocity, Conveyor}) {
             for (const int n : {1, 6}) {
                 for (int f = 0; f < kFields; ++f) {
                     if (!applies(static_cast<Field>(f), kind)) continue;
                     for (const double x : values) {
-                        Update u;
-                        u.kind = kind, u.n = n;
+                        Update u{kind, n};
                         spoil(u, static_cast<Field>(f), x);
-                        const std::string what = "mode " + std::to_string(static_cast<int>(kind)) + " n " +
-                                                 std::to_string(n) + " " + kFieldName[f] + " " + bits(x);
+                        const std::string what = "mode " + std::to_string(kind) + " n " + std::to_string(n) + " " +
+                                                 kFieldName[f] + " " + bits(x);
                         transcripts.push_back(runRow(what, u, out, problems));
-                        accepted += defaultState().planFailed ? 0 : 1;
-                        checked += vektaCheckPlan(nullptr, 0) == VEKTA_CHECK_OK;
                     }
                 }
             }
         }
     }
     EXPECT_EQ(problems, "");
-    // Both outcomes occur: refusals, good plans, and accepted plans only the check refuses.
-    EXPECT_GT(static_cast<int>(transcripts.size()) - accepted, 100);
-    EXPECT_GT(checked, 100);
-    EXPECT_GT(accepted - checked, 50);
     expectMatchesDigest(transcripts, VEKTA_BAD_INPUT_DIGEST);
 }
 
 TEST(BadInput, ACurveThatNeedsAFourteenthPointFailsItsAxis) {
     // Found by the fuzzer: negative limits made the step-1 walk and solver
     // write a 14th point past the curve's arrays.
-    Update u;
-    u.n = 1;
-    u.tgt[0] = u.pos[0] = u.vel[0] = u.acc[0] = 0.0;
+    Update u{Position, 1};
+    spoil(u, Distance, 0.0);  // at rest on the target
     u.maxVel[0] = u.maxAcc[0] = -1e9;
     u.ratio = 0.073925781250000003;
     defaultState() = PlannerState{};
-    StdoutCapture out;
+    Output out;
     EXPECT_FALSE(call(u));
     EXPECT_EQ(out.text().rfind("curve overflow:id 0 points 14\nstep1 error:0\nposUpd: ", 0), 0u);
     EXPECT_EQ(defaultState().records[0].pointCount, kMaxPoints);
@@ -177,7 +164,7 @@ TEST(BadInput, AxisCountsAxisIndicesAndSampleCountsOutsideTheirRange) {
     vektaPlannerOutputOff(own);
     for (const int n : {0, 2, 5, 7, -1, INT_MIN, INT_MAX}) {
         defaultState() = PlannerState{};
-        StdoutCapture out;
+        Output out;
         const bool ok = vektaPostionModeParaUpd(n, nullptr, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr, 0) ||
                         vektaVelocityModeParaUpd(n, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr, 0) ||
                         vektaPostionModeParaUpdConveyor(n, 0.1, 1.0, nullptr, nullptr, nullptr, 1.0, 0.1) ||
@@ -224,7 +211,7 @@ TEST(BadInput, CountersStopBeforeTheyOverflow) {
     // Sampling a finished axis for some 124 days, and re-planning every
     // period for weeks: neither the period counter nor the statistics wrap.
     defaultState() = PlannerState{};
-    StdoutCapture quiet;
+    Output quiet;
     Update u;
     ASSERT_TRUE(call(u));
     PlannerState& st = defaultState();

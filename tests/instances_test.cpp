@@ -92,15 +92,13 @@ TEST(Instances, SamplesInChunksOfAnySizeAreTheSamplesTakenOneByOne) {
         int n = 0;
         int limit = 14;  // periods to compare: past the re-plan, then to the end of its curve
         for (int round = 0, period = 0; period + sizes[round % 6] <= limit; period += sizes[round++ % 6]) {
-            if (period == 13) {  // both re-plan from where the one-by-one samples are
-                for (int axis = 0; axis < 6; ++axis) {
-                    m.pos[axis] = a[axis][a[axis].size() - 3];
-                    m.vel[axis] = a[axis][a[axis].size() - 2];
-                    m.acc[axis] = a[axis][a[axis].size() - 1];
+            if (period == 0 || period == 13) {
+                // At 13 both re-plan from where the one-by-one samples are.
+                for (int axis = 0; period == 13 && axis < 6; ++axis) {
+                    const double* last = &a[axis].back() - 2;
+                    m.pos[axis] = last[0], m.vel[axis] = last[1], m.acc[axis] = last[2];
                     m.tgt[axis] = -m.tgt[axis];
                 }
-            }
-            if (period == 0 || period == 13) {
                 int ok = 1;
                 for (VektaPlanner* p : {one, chunked}) {
                     ok &= vektaPlannerPositionUpdate(p, 6, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc);

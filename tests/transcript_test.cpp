@@ -40,11 +40,10 @@ struct Rng {
     }
     double uniform(double lo, double hi) { return lo + (hi - lo) * static_cast<double>(next() >> 11) * 0x1.0p-53; }
     double sign() { return (next() & 1) ? 1.0 : -1.0; }
-    bool chance(double p) { return uniform(0.0, 1.0) < p; }
 };
 
-enum class Kind { Position, Velocity, Conveyor };
-enum class Start { Rest, Moving, OverVel, OverAcc };
+enum Kind { Position, Velocity, Conveyor };
+enum Start { Rest, Moving, OverVel, OverAcc };
 const char* const kKindName[] = {"position", "velocity", "conveyor"};
 const char* const kStartName[] = {"rest", "moving", "over-velocity", "over-acceleration"};
 
@@ -63,13 +62,13 @@ Motion drawMotion(int i) {
     Rng rng{0x5eed0000ull + static_cast<std::uint64_t>(i) * 0x9e3779b97f4a7c15ull};
     rng.next();
     Motion m{};
-    m.kind = i % 9 < 5 ? Kind::Position : (i % 9 < 8 ? Kind::Velocity : Kind::Conveyor);
-    m.start = m.kind == Kind::Conveyor ? Start::Rest : static_cast<Start>((i / 9) % 4);
+    m.kind = i % 9 < 5 ? Position : (i % 9 < 8 ? Velocity : Conveyor);
+    m.start = m.kind == Conveyor ? Rest : static_cast<Start>((i / 9) % 4);
     m.n = (i / 2) % 2 ? 6 : 1;
     if (i % 97 == 41) m.n = i % 2 ? 0 : 3;  // refused before anything is read
     m.batch = i % 11 == 3 ? 7 : 1;
     m.trace = i % 13 == 5;
-    m.replan = m.kind == Kind::Position && i % 7 == 2;
+    m.replan = m.kind == Position && i % 7 == 2;
     m.ratio = rng.uniform(2.0, 40.0);
     m.conveyorVel = rng.uniform(0.05, 0.5);
     m.conveyorLimit = i % 4 == 0 ? 0.3 : 50.0;
@@ -80,97 +79,84 @@ Motion drawMotion(int i) {
         m.maxAcc[a] = A;
         // Single-axis moves stay mostly on the positive side (the sampler
         // reports every sample that falls back towards zero).
-        m.pos[a] = m.n == 1 && rng.chance(0.8) ? rng.uniform(0.5, 4.0) : rng.uniform(-3.0, 3.0);
+        m.pos[a] = m.n == 1 && rng.uniform(0.0, 1.0) < 0.8 ? rng.uniform(0.5, 4.0) : rng.uniform(-3.0, 3.0);
         const double kind = rng.uniform(0.0, 1.0);
         const double dist = kind < 0.05 ? 0.0 : (kind < 0.15 ? rng.uniform(0.0, 1e-3) : rng.uniform(0.0, 3.0));
         m.tgt[a] = m.pos[a] + rng.sign() * dist;
         m.replanTgt[a] = m.tgt[a] + rng.sign() * rng.uniform(0.0, 2.0);
-        switch (m.start) {
-            case Start::Rest:
-                break;
-            case Start::Moving: {
-                m.acc[a] = rng.sign() * rng.uniform(0.01, 0.95) * A;
-                while (m.acc[a] * m.acc[a] / (2.0 * J) > 0.9 * V) m.acc[a] *= 0.5;
-                const double drift = m.acc[a] * std::fabs(m.acc[a]) / (2.0 * J);
-                m.vel[a] = rng.uniform(0.95 * std::fmax(-V, -V - drift), 0.95 * std::fmin(V, V - drift));
-                break;
-            }
-            case Start::OverVel:
-                m.vel[a] = rng.sign() * rng.uniform(1.01, 1.5) * V;
-                m.acc[a] = rng.sign() * rng.uniform(0.0, 0.95) * A;
-                break;
-            case Start::OverAcc:
-                m.vel[a] = rng.sign() * rng.uniform(0.0, 0.9) * V;
-                m.acc[a] = rng.sign() * rng.uniform(1.01, 1.5) * A;
-                break;
+        if (m.start == Moving) {
+            m.acc[a] = rng.sign() * rng.uniform(0.01, 0.95) * A;
+            while (m.acc[a] * m.acc[a] / (2.0 * J) > 0.9 * V) m.acc[a] *= 0.5;
+            const double drift = m.acc[a] * std::fabs(m.acc[a]) / (2.0 * J);
+            m.vel[a] = rng.uniform(0.95 * std::fmax(-V, -V - drift), 0.95 * std::fmin(V, V - drift));
+        } else if (m.start == OverVel) {
+            m.vel[a] = rng.sign() * rng.uniform(1.01, 1.5) * V;
+            m.acc[a] = rng.sign() * rng.uniform(0.0, 0.95) * A;
+        } else if (m.start == OverAcc) {
+            m.vel[a] = rng.sign() * rng.uniform(0.0, 0.9) * V;
+            m.acc[a] = rng.sign() * rng.uniform(1.01, 1.5) * A;
         }
     }
     return m;
 }
 
-std::string describe(const Motion& m, const double* pos, const double* vel, const double* acc, const double* tgt) {
+// The update of `m` from its state to `tgt`, as the transcript shows it.
+std::string describe(const Motion& m, const double* tgt) {
     std::ostringstream s;
-    s << "update " << kKindName[static_cast<int>(m.kind)] << " n " << m.n << " ratio " << bits(m.ratio);
-    if (m.kind == Kind::Conveyor) {
+    s << "update " << kKindName[m.kind] << " n " << m.n << " ratio " << bits(m.ratio);
+    if (m.kind == Conveyor) {
         s << " conveyor " << bits(m.conveyorVel) << " limit " << bits(m.conveyorLimit) << " spare " << bits(m.spare);
     }
     const int axes = m.n == 1 ? 1 : 6;
     for (int a = 0; a < axes; ++a) {
-        s << "\n  axis " << a << " p " << bits(pos[a]) << " v " << bits(vel[a]) << " a " << bits(acc[a]) << " target "
-          << bits(tgt[a]) << " V " << bits(m.maxVel[a]) << " A " << bits(m.maxAcc[a]);
+        s << "\n  axis " << a << " p " << bits(m.pos[a]) << " v " << bits(m.vel[a]) << " a " << bits(m.acc[a])
+          << " target " << bits(tgt[a]) << " V " << bits(m.maxVel[a]) << " A " << bits(m.maxAcc[a]);
     }
     return s.str();
 }
 
-bool callUpdate(const Motion& m, const double* tgt, const double* pos, const double* vel, const double* acc) {
-    switch (m.kind) {
-        case Kind::Position:
-            return vektaPostionModeParaUpd(m.n, tgt, m.maxVel, m.maxAcc, m.ratio, pos, vel, acc, m.spare);
-        case Kind::Velocity:
-            return vektaVelocityModeParaUpd(m.n, m.maxVel, m.maxAcc, m.ratio, pos, vel, acc, m.spare);
-        case Kind::Conveyor:
-            return vektaPostionModeParaUpdConveyor(m.n, m.conveyorVel, m.conveyorLimit, tgt, m.maxVel, m.maxAcc,
-                                                   m.ratio, m.spare);
+bool callUpdate(const Motion& m, const double* tgt) {
+    if (m.kind == Conveyor) {
+        return vektaPostionModeParaUpdConveyor(m.n, m.conveyorVel, m.conveyorLimit, tgt, m.maxVel, m.maxAcc, m.ratio,
+                                               m.spare);
     }
-    return false;
+    return m.kind == Position
+               ? vektaPostionModeParaUpd(m.n, tgt, m.maxVel, m.maxAcc, m.ratio, m.pos, m.vel, m.acc, m.spare)
+               : vektaVelocityModeParaUpd(m.n, m.maxVel, m.maxAcc, m.ratio, m.pos, m.vel, m.acc, m.spare);
 }
 
 // Plans one motion and samples every axis period by period until all have
 // finished (a refused plan: one round of calls); a re-plan motion makes a new
 // position update from the sampled state half-way.
 std::vector<std::string> runMotion(int index, Output& out, std::string& problems) {
-    const Motion m = drawMotion(index);
+    Motion m = drawMotion(index);  // its state follows the samples
+    const std::string name = "motion " + std::to_string(index);
     Recorder rec(out);
-    rec.note("motion " + std::to_string(index) + " " + kKindName[static_cast<int>(m.kind)] + " from " +
-             kStartName[static_cast<int>(m.start)] + (m.trace ? " traced" : "") + "\n");
+    rec.units.push_back(name + " " + kKindName[m.kind] + " from " + kStartName[m.start] + (m.trace ? " traced" : "") +
+                        "\n");
     setTestLevel(m.trace);
-    bool ok = callUpdate(m, m.tgt, m.pos, m.vel, m.acc);
-    rec.update(describe(m, m.pos, m.vel, m.acc, m.tgt), ok);
+    bool ok = callUpdate(m, m.tgt);
+    rec.update(describe(m, m.tgt), ok);
     // Every plan made from within the limits is a valid curve: the plan check
     // integrates each section and holds it to the limits and the end state.
     char why[200];
-    const int code = vektaCheckPlan(why, sizeof why);
-    if (ok && m.start <= Start::Moving && code != VEKTA_CHECK_OK) {
-        problems += "motion " + std::to_string(index) + ": " + why + "\n";
+    if (ok && m.start <= Moving && vektaCheckPlan(why, sizeof why) != VEKTA_CHECK_OK) {
+        problems += name + ": " + why + "\n";
     }
-    if (m.start == Start::Rest && m.kind != Kind::Conveyor && (m.n == 1 || m.n == 6) && !ok) {
-        problems += "motion " + std::to_string(index) + ": refused from rest\n";
+    if (m.start == Rest && m.kind != Conveyor && (m.n == 1 || m.n == 6) && !ok) {
+        problems += name + ": refused from rest\n";
     }
     const int axes = m.n == 6 ? 6 : 1;
-    double pos[6], vel[6], acc[6];
-    for (int a = 0; a < 6; ++a) pos[a] = m.pos[a], vel[a] = m.vel[a], acc[a] = m.acc[a];
     int replanAt = m.replan ? static_cast<int>(getLeftMoveTime() / 0.005 / 2.0) : kMaxPeriods;
     for (int period = 0; period < kMaxPeriods; period += m.batch) {
         if (period >= replanAt && ok) {
             replanAt = kMaxPeriods;
-            Motion again = m;
-            again.kind = Kind::Position;
-            ok = callUpdate(again, m.replanTgt, pos, vel, acc);
-            rec.update("re-plan: " + describe(again, pos, vel, acc, m.replanTgt), ok);
+            ok = callUpdate(m, m.replanTgt);
+            rec.update("re-plan: " + describe(m, m.replanTgt), ok);
         }
         bool all = true;
         for (int a = 0; a < axes; ++a) {
-            all &= rec.sample(a, m.batch, m.kind == Kind::Velocity, pos[a], vel[a], acc[a]) == 1;
+            all &= rec.sample(a, m.batch, m.kind == Velocity, m.pos[a], m.vel[a], m.acc[a]) == 1;
         }
         if (!ok || all) break;
     }

@@ -1,5 +1,5 @@
 // Helpers shared by the tests: fresh planner states, hand-built records,
-// standard-output capture and the physical curve assertions.
+// standard-output capture (support/transcript.h) and the physical curve assertions.
 #ifndef VEKTA_TESTS_SUPPORT_H
 #define VEKTA_TESTS_SUPPORT_H
 
@@ -10,31 +10,20 @@
 
 #include "check/curve_check.h"
 #include "records/planner_state.h"
+#include "support/transcript.h"
 
 namespace vekta::test {
 
 // A zeroed planner state of the tests' own (never the process-wide one).
-std::unique_ptr<PlannerState> freshState();
+inline std::unique_ptr<PlannerState> freshState() { return std::make_unique<PlannerState>(); }
 
 // A record ready for planning: the given state and limits, one curve point
 // (the present state at time 0), inv = 1, everything else zero.
 AxisPlan makeAxis(double pos, double vel, double acc, double tgtPos, double maxVel,
                   double maxAcc, double maxJerk);
 
-// Captures everything written to standard output while it lives.
-class StdoutCapture {
-public:
-    StdoutCapture();
-    ~StdoutCapture();
-    StdoutCapture(const StdoutCapture&) = delete;
-    StdoutCapture& operator=(const StdoutCapture&) = delete;
-    // Stops capturing (on the first call) and returns what was printed.
-    std::string text();
-
-private:
-    bool active_;
-    std::string text_;
-};
+// Captures standard output: text() stops and returns what was printed.
+using StdoutCapture = Output;
 
 // Tolerances of the physical check, relative to the size of the motion.
 struct CurveTolerance {

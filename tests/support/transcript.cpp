@@ -1,7 +1,6 @@
 #include "support/transcript.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cinttypes>
 #include <cmath>
@@ -50,6 +49,11 @@ std::string digestLine(std::size_t index, const std::vector<std::string>& units)
     return std::to_string(index) + " " + hex(fnv(all)) + shortHashes;
 }
 
+void writeCase(const std::string& file, const std::vector<std::string>& units) {
+    std::ofstream dump(file);
+    for (const std::string& u : units) dump << u;
+}
+
 }  // namespace
 
 std::string bits(double x) {
@@ -61,36 +65,12 @@ std::string bits(double x) {
     return s;
 }
 
-Output::Output() {
-    std::fflush(stdout);
-    std::snprintf(path_, sizeof path_, "/tmp/vekta-transcript-XXXXXX");
-    fd_ = mkstemp(path_);
-    saved_ = dup(STDOUT_FILENO);
-    dup2(fd_, STDOUT_FILENO);
-}
-
-Output::~Output() {
-    std::fflush(stdout);
-    dup2(saved_, STDOUT_FILENO);
-    close(saved_);
-    close(fd_);
-    unlink(path_);
-}
-
-std::string Output::take() {
-    std::fflush(stdout);
-    std::string s;
-    char buf[4096];
-    for (ssize_t n; (n = pread(fd_, buf, sizeof buf, offset_)) > 0; offset_ += n) s.append(buf, n);
-    return withoutNanSign(s);
-}
-
 void Recorder::update(const std::string& call, bool ok) {
     flushAll();
     char why[200];
     const int code = vektaCheckPlan(why, sizeof why);
-    units.push_back(call + " -> " + std::to_string(ok) + "\n" + out_.take() + "\ncheck " + std::to_string(code) +
-                    " " + withoutNanSign(why) + "\nleft " + bits(getLeftMoveTime()) + "\n");
+    units.push_back(withoutNanSign(call + " -> " + std::to_string(ok) + "\n" + out_.take() + "\ncheck " +
+                                   std::to_string(code) + " " + why + "\nleft " + bits(getLeftMoveTime()) + "\n"));
 }
 
 int Recorder::sample(int axis, int nSamples, bool velocityName, double& pos, double& vel, double& acc) {
@@ -110,7 +90,7 @@ int Recorder::sample(int axis, int nSamples, bool velocityName, double& pos, dou
     u += "s" + std::to_string(axis) + " " + std::to_string(done) + " " + std::to_string(count);
     for (int k = 0; k < written; ++k) u += " " + bits(p[k]) + " " + bits(v[k]) + " " + bits(a[k]);
     if (axis == 0) u += " left " + bits(getLeftMoveTime());
-    u += "\n" + out_.take();
+    u += "\n" + withoutNanSign(out_.take());
     if (written > 0) pos = p[written - 1], vel = v[written - 1], acc = a[written - 1];
     if (axis >= 0 && axis < 6 && ++calls_[axis] == kChunk) flush(axis);
     return done;
@@ -129,14 +109,12 @@ void Recorder::flushAll() {
 void expectMatchesDigest(const std::vector<std::vector<std::string>>& transcripts, const std::string& path) {
     if (const char* dir = std::getenv("VEKTA_TRANSCRIPT_DUMP")) {
         for (std::size_t i = 0; i < transcripts.size(); ++i) {
-            std::ofstream dump(std::string(dir) + "/case-" + std::to_string(i) + ".txt");
-            for (const std::string& u : transcripts[i]) dump << u;
+            writeCase(std::string(dir) + "/case-" + std::to_string(i) + ".txt", transcripts[i]);
         }
     }
     std::vector<std::string> lines;
     for (std::size_t i = 0; i < transcripts.size(); ++i) lines.push_back(digestLine(i, transcripts[i]));
-    const char* update = std::getenv("VEKTA_TRANSCRIPT_UPDATE");
-    if (update != nullptr && std::string(update) == "1") {
+    if (const char* update = std::getenv("VEKTA_TRANSCRIPT_UPDATE"); update != nullptr && std::string(update) == "1") {
         std::ofstream f(path);
         for (const std::string& l : lines) f << l << "\n";
         GTEST_SKIP() << "wrote " << path;
@@ -154,10 +132,9 @@ void expectMatchesDigest(const std::vector<std::vector<std::string>>& transcript
         std::size_t unit = 0;
         was >> a >> a, now >> b >> b;
         while (was >> a && now >> b && a == b) ++unit;
-        const std::string file = std::string(VEKTA_TRANSCRIPT_FAILURE_DIR) + "/transcript-case-" + std::to_string(i) + ".txt";
-        std::ofstream dump(file);
-        for (const std::string& u : transcripts[i]) dump << u;
         const std::vector<std::string>& t = transcripts[i];
+        const std::string file = std::string(VEKTA_TRANSCRIPT_FAILURE_DIR) + "/transcript-case-" + std::to_string(i) + ".txt";
+        writeCase(file, t);
         FAIL() << "case " << i << " of " << path << " differs from unit " << unit << " of " << t.size()
                << " on.\nThe case:\n" << t[0] << (t.size() > 1 ? t[1].substr(0, 3000) : "") << "\nUnit " << unit
                << " now reads:\n" << (unit < t.size() ? t[unit].substr(0, 3000) : "(none)")

@@ -17,7 +17,10 @@
 #define VEKTA_TESTS_TRANSCRIPT_H
 
 #include <sys/types.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -26,18 +29,41 @@ namespace vekta::test {
 // The bits of a double and its value, as "3ff0000000000000(1)"; any NaN as "nan".
 std::string bits(double x);
 
-// Sends standard output to a temporary file while it lives; take() returns
-// what was written since the last call.
+// Sends standard output to a temporary file while it lives, or until text().
+// Header-only, so that tests that do not link the recorder can capture too.
 class Output {
 public:
-    Output();
-    ~Output();
+    Output() {
+        std::fflush(stdout);
+        char path[] = "/tmp/vekta-output-XXXXXX";
+        fd_ = mkstemp(path);
+        unlink(path);  // the file lives on while it is open
+        saved_ = dup(STDOUT_FILENO);
+        dup2(fd_, STDOUT_FILENO);
+    }
+    ~Output() { text(); }
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
-    std::string take();
+    // What was written since the last call.
+    std::string take() {
+        std::fflush(stdout);
+        std::string s;
+        char buf[4096];
+        for (ssize_t n; (n = pread(fd_, buf, sizeof buf, offset_)) > 0; offset_ += n) s.append(buf, n);
+        return s;
+    }
+    // Stops capturing (standard output is the real one again) and returns
+    // what was written since the last take(); "" once stopped.
+    std::string text() {
+        if (saved_ < 0) return "";
+        std::string s = take();
+        dup2(saved_, STDOUT_FILENO);
+        close(saved_), close(fd_);
+        saved_ = -1;
+        return s;
+    }
 
 private:
-    char path_[64];
     int fd_, saved_;
     off_t offset_ = 0;
 };
@@ -50,7 +76,6 @@ public:
     // outside 0..nSamples, a result other than 0 or 1.
     std::string problems;
 
-    void note(const std::string& text) { units.push_back(text); }
     // An update's call and result, what it printed, the plan check and the left time.
     void update(const std::string& call, bool ok);
     // One sampling call of one axis (nSamples <= 8) through guarded arrays;
