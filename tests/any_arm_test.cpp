@@ -312,6 +312,12 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     appendLiteral(out, piece.c_str(), static_cast<int>(piece.size()));
     writeText(out);
     EXPECT_EQ(got, piece.substr(0, 1024) + "|" + piece.substr(0, 1024) + "|" + piece.substr(0, 452) + "|");
+    // The same for a format whose literal text is longer than the buffer.
+    got.clear();
+    beginText(out, &sink);
+    appendText(out, (piece + "%d").c_str(), 7);
+    writeText(out);
+    EXPECT_EQ(got, piece.substr(0, 1024) + "|" + piece.substr(0, 1024) + "|" + piece.substr(0, 452) + "7|");
 }
 
 // Exact curves, in recovery mode and through Move: the time-setting axis of

@@ -162,6 +162,7 @@ TEST(PlanCheck, ToleratesTheRootFindersMissOnPositionAndNoMore) {
     step.secAcc[2] = 1.0;
     EXPECT_EQ(check(step),
               Verdict(VEKTA_CHECK_JERK_LIMIT, "axis 0: acceleration steps from 2 to 1 at t = 0.2 s (jerk limit 10)"));
+    EXPECT_EQ(checkCurve(step).maxAccJump, 1.0);  // the tests' physical check sees it too
     // However large J: a section of no length has no time to change the
     // acceleration in (found by the fuzzer with J = 1e300, where the last
     // section's length was lost to the rounding of t = 1).

@@ -31,7 +31,7 @@ int appendAccToZero(AxisPlan& rec) {
     if (pointFits(k)) {
         rec.secTime[k] = rec.planTime;
         rec.secPos[k] = rec.curPos * s;
-        rec.secAcc[k] = 0.0 * s;  // a signed zero in the mirrored frame
+        rec.secAcc[k] = 0.0 * s;  // a signed zero in the mirrored frame (0.0 / s alike)
         rec.secVel[k] = rec.curVel * s;
     }
     rec.pointCount = k + 1;

@@ -225,7 +225,7 @@ void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double&
     r.sampleP0 = r.secPos[c - 1];
     r.sampleJerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (times[c] - t0);
     r.sampleSectionEnd = times[c];
-    return true;
+    return true;  // false would send the caller the long way to the same sample
 }
 
 int samplePlan(PlannerState& st, int axis, int nSamples, double* pos, double* vel, double* acc,
