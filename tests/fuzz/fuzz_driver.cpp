@@ -70,6 +70,9 @@ constexpr int kBlindNextCalls = 50;
 constexpr double kToEndAxisPeriods = 2e6;
 
 bool sameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+// The same bits, or both not a number: a NaN's sign and payload depend on how
+// the compiler ordered the arithmetic, so two ways to the same NaN may differ.
+bool sameValue(double a, double b) { return sameBits(a, b) || (std::isnan(a) && std::isnan(b)); }
 bool withinLimit(double x, double limit) { return std::fabs(x) <= limit * (1.0 + kLimitSlack); }
 
 class Reader {
@@ -597,15 +600,16 @@ const char* setPeriod(Session& s, Reader& in) {
 // ---- Sampling the driver's planner
 
 // Axis i's sample at the next period of its cursor: StateAt's value at that
-// time, bit for bit, and within what the plan promises. `at` caches StateAt
-// (position, velocity, acceleration of every axis) at time `atTime`.
+// time, bit for bit (any NaN for a NaN), and within what the plan promises.
+// `at` caches StateAt (position, velocity, acceleration of every axis) at
+// time `atTime`.
 const char* sampledAt(Session& s, int i, double p, double v, double a, double* at, double& atTime) {
     const double t = (s.m.sampled[i] + 1.0) * s.m.period;
     if (!sameBits(t, atTime)) {
         if (vektaPlannerStateAt(s.cur, t, at, at + kMaxAxes, at + 2 * kMaxAxes) != 0) return "StateAt failed on a plan";
         atTime = t;
     }
-    if (!sameBits(p, at[i]) || !sameBits(v, at[kMaxAxes + i]) || !sameBits(a, at[2 * kMaxAxes + i])) {
+    if (!sameValue(p, at[i]) || !sameValue(v, at[kMaxAxes + i]) || !sameValue(a, at[2 * kMaxAxes + i])) {
         return "a sample differs from StateAt at its period's time";
     }
     if (s.m.sampled[i] < kIntMax - 2) ++s.m.sampled[i];
