@@ -77,6 +77,8 @@ void copyAxis(AxisPlan& r, int i, const double* maxVel, const double* maxAcc, Je
     appendInt(out, r.inv);
 }
 
+// The points of a curve that lie inside its arrays (at exactly kMaxPoints
+// both branches give the same count).
 int printablePoints(const AxisPlan& r) { return r.pointCount < kMaxPoints ? r.pointCount : kMaxPoints; }
 
 // Recovery mode: an update whose plan the plan check rejects fails like one
