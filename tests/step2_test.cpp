@@ -382,6 +382,9 @@ const LeafCase kBoundaries[] = {
     // Node 16 towards a moving target: the two pulses need exactly T, and less.
     {0, 0, 0.25, 8.25, 1.7071067811865475, 2, "9+ 10- 12+ 16+"},
     {0, 0, 0.25, 8.25, 2, 0, "9+ 10- 12+ 16- 17+ 13+"},
+    // Node 83 towards a moving target: the target exactly at the end of pulse, cruise and Trap.
+    {0, 0.5, 0.25, 2.03125, 2.75, 4, "9- 51+ 57- 58- 75- 78- 79+ 82- 83+"},
+    {0, 0.5, 0.25, 2.0312499999999996, 2.75, 6, "9- 51+ 57- 58- 75- 78- 79+ 82- 83-"},
     // Node 42: the target exactly where holding down to the level that reaches vT ends.
     {0.75, -0.75, 0, -0.50634765625, 1.5, 18, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41+ 42+ 44-"},
 };
