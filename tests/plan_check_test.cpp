@@ -141,6 +141,10 @@ TEST(PlanCheck, ReportsMissingPlansRefusedCatchUpsAndUnequalEndTimes) {
     st = planned(restToRest(), 6);
     st->records[4] = integrated(0.0, 0.0, 0.0, {{0.4, 2.5}, {0.8, -2.5}, {0.4, 2.5}}, 1.0, 4.0, 10.0);
     EXPECT_EQ(check(*st), Verdict(VEKTA_CHECK_END_TIME, "axis 4: ends at t = 1.6 s, axis 0 at t = 0.8 s"));
+    // Or 2e-9 of the end time later, twice what the rounding of the time allows.
+    st->records[4] = restToRest();
+    st->records[4].secTime[3] += 1.6e-9;
+    EXPECT_EQ(check(*st), Verdict(VEKTA_CHECK_END_TIME, "axis 4: ends at t = 0.800000002 s, axis 0 at t = 0.8 s"));
 
     // The first violation in axis order is the one reported.
     st = planned(restToRest(), 6);
@@ -156,6 +160,19 @@ TEST(PlanCheck, ToleratesTheRootFindersMissOnPositionAndNoMore) {
     EXPECT_EQ(check(r), kOk);
     r.tgtPos = r.secPos[3] += 1e-5;
     EXPECT_EQ(check(r).first, VEKTA_CHECK_DISCONTINUOUS);
+    // An exact curve (recovery mode, the library's own calls) is held to 1e-9
+    // of its scale, here V T = 0.8 and V = 1: a miss of 1e-9 fails it, in
+    // velocity too.
+    AxisPlan exact = restToRest();
+    exact.exact = true;
+    EXPECT_EQ(check(exact), kOk);
+    AxisPlan fast = exact;
+    fast.secVel[2] += 1e-8;
+    EXPECT_EQ(check(fast), Verdict(VEKTA_CHECK_DISCONTINUOUS, "axis 0: velocity 0.20000001 at t = 0.6 s, its section "
+                                                              "arrives at 0.2 (tolerance 1e-09)"));
+    exact.tgtPos = exact.secPos[3] += 1e-9;
+    EXPECT_EQ(check(exact), Verdict(VEKTA_CHECK_DISCONTINUOUS, "axis 0: position 0.160000001 at t = 0.8 s, its section "
+                                                               "arrives at 0.16 (tolerance 8e-10)"));
     // An acceleration step across a zero-length section is a jerk violation.
     AxisPlan step = integrated(0.0, 0.0, 0.0, {{0.2, 10.0}, {0.0, 0.0}, {0.4, -10.0}, {0.2, 10.0}}, 1.0, 4.0, 10.0);
     EXPECT_EQ(check(step), kOk);
