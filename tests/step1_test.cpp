@@ -233,14 +233,14 @@ const std::vector<PrologueRow> kPrologueRows = {
     {"beyond -V with an acceleration: triangle pulse", 2, 1, 1, -2.5, 0.5,
      {{prologueNode4, false}, {overspeedPulse, true}}, 2, -2, 0, 1},
     // Node 6 takes one ramp while 2J(3V + v0) >= a0^2: on that boundary, and just past it.
-    {"node 6: one ramp up to -V", 1, 3, 2, -2, 2, {{prologueNode6, true}}, 1, -1, std::sqrt(8.0), 1},
-    {"node 6: the two-ramp recovery", 1, 3, 1, -1.5, 2, {{prologueNode6, false}}, 2, -1, 2, 1},
+    {"node 6: one ramp up to -V", 1.5, 4, 2, -3.5, 2, {{prologueNode6, true}}, 1, -1.5, std::sqrt(12.0), 1},
+    {"node 6: the two-ramp recovery", 2, 3, 0.5, -5, 1.25, {{prologueNode6, false}}, 2, -2, 2, 1},
     {"node 7: A^2 > 4VJ appends nothing", 1, 3, 1, -3, 0, {{prologueNode7, true}}, 0, -3, 0, 1},
     {"node 7: ramp to A and hold it to -V", 1, 1, 1, -3, 0, {{prologueNode7, false}}, 2, -1, 1, 1},
     {"node 8: a full pulse overshoots V, recovery", 1, 3, 1, -4, 0, {{prologueNode8, true}}, 2, -1,
      2, 1},
-    {"node 8: ramp from a0 to A, hold, ramp to w (= A here)", 1, 2, 1, -5, 0.5, {{prologueNode8, false}}, 3, -1,
-     2, 1},
+    {"node 8: ramp from a0 to A, hold, ramp to w (= A here)", 0.5, 2, 2, -5, 0.5, {{prologueNode8, false}}, 3,
+     -0.5, 2, 1},
 };
 
 TEST(Step1, PreparingNodesAppendPhysicalSections) {
