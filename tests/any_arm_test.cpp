@@ -289,6 +289,9 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     vektaPlannerOutputToStdout(made);
     ASSERT_EQ(plan(made, a), VEKTA_OK);
     EXPECT_EQ(loud.text().rfind("posUpd: 1st pt ", 0), 0u);
+    vektaPlannerOutputOff(made);  // the handle forms' updates give 1 for a plan, as vekta.h's do
+    const double one = 1.0, four = 4.0;
+    EXPECT_EQ(vektaPlannerConveyorUpdate(made, 1, 0.1, 100.0, &one, &one, &four, 10.0, 0.01), 1);
     vektaPlannerDestroy(made);
 
     // A diagnostic as long as the callback's 4 KiB buffer, or longer, reaches
