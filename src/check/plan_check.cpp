@@ -247,7 +247,9 @@ int checkAxis(const AxisPlan& rec, int axis, int mode, Report& rep) {
                         r.secVel[last] + (rec.tgtVel - tgtVel), rec.tgtVel, tEnd);
     }
     if (mode != kVelocityPlan && !(std::fabs(r.secPos[last] - r.tgtPos) <= tol.pos)) {
-        const double shift = tEnd * (rec.tgtVel - tgtVel);  // back to the fixed frame
+        // Back to the fixed frame; zero for every curve but a conveyor's axis 0,
+        // whose tgtVel here is 0, so the difference could as well be a sum.
+        const double shift = tEnd * (rec.tgtVel - tgtVel);
         return rep.code(VEKTA_CHECK_END_STATE, "axis %d: ends at position %.9g instead of %.9g at t = %g s", axis,
                         r.secPos[last] + shift, r.tgtPos + shift, tEnd);
     }
