@@ -271,6 +271,7 @@ TEST(AnyArm, NullPlannersFailSafelyAndNewPlannersAreQuiet) {
     // null-planner-everywhere, which holds each to its failure value.
     EXPECT_EQ(vektaPlannerCheck(nullptr, message, sizeof message), VEKTA_CHECK_NO_PLAN);
     EXPECT_STREQ(message, "");
+    EXPECT_EQ(vektaPlannerCurve(nullptr, 0, x, y, z, x, VEKTA_MAX_AXES), -1);
     vektaPlannerOutputToFile(nullptr, stdout);
 
     const Arm a = drawArm(2, 3, true);

@@ -136,7 +136,8 @@ bool pulseRunsBackwards(const AxisPlan& r) {
     const double V = r.maxVel, A = r.maxAcc, J = r.maxJerk;
     const double v = r.curVel, a = r.curAcc;
     // With a <= A (node 2 has clipped it) the peak test below fails wherever
-    // this one does, so the exact factor of a^2 here shows in no plan.
+    // this one does, even on its boundary, so neither the exact factor of a^2
+    // here nor > against >= shows in any plan.
     const bool triangle = (A * A - a * a / 2.0) / J + v > -V;
     return triangle && guardedRoot(a * a / 2.0 + (-V - v) * J) < a;
 }
