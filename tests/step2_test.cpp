@@ -385,6 +385,9 @@ const LeafCase kBoundaries[] = {
     // Node 83 towards a moving target: the target exactly at the end of pulse, cruise and Trap.
     {0, 0.5, 0.25, 2.03125, 2.75, 4, "9- 51+ 57- 58- 75- 78- 79+ 82- 83+"},
     {0, 0.5, 0.25, 2.0312499999999996, 2.75, 6, "9- 51+ 57- 58- 75- 78- 79+ 82- 83-"},
+    // Node 49 starting at a0 = A, where the hold before the Trap pulse is empty.
+    {1, -3, -2, -8, 0.25, 20, "9+ 10+ 11- 14+ 18+ 40- 41- 43- 47- 49-"},
+    {1, -3, -1.75, -3, 1.25, 26, "9+ 10+ 11- 14+ 18+ 40- 41- 43- 47- 49+ 50-"},
     // Node 42: the target exactly where holding down to the level that reaches vT ends.
     {0.75, -0.75, 0, -0.50634765625, 1.5, 18, "9+ 10+ 11- 14+ 18- 20+ 27- 29+ 40- 41+ 42+ 44-"},
 };
