@@ -335,6 +335,20 @@ std::string traceText(const std::string& path) {
     return out + "\n";
 }
 
+// Walks the tree from the case's state (A = 1, J = 2, V = 4, at position 0)
+// with the trace on: the path and the leaf must be the case's.
+AxisPlan walkCase(PlannerState& st, const LeafCase& c) {
+    st.traceOn = true;
+    AxisPlan rec = makeAxis(0.0, c.v0, c.a0, c.pT, 4.0, 1.0, 2.0);
+    rec.tgtVel = c.vT;
+    rec.remTime = c.T;
+    StdoutCapture out;
+    walkStep2(st, Step2Tree, rec);
+    EXPECT_EQ(out.text(), traceText(c.path));
+    EXPECT_EQ(rec.step2Profile, c.id) << c.path;
+    return rec;
+}
+
 TEST(Step2, EveryLeafFromARepresentativeState) {
     // The hints the walk left, and what the solver then makes of them, are
     // pinned by step2_leaves.digest.
@@ -343,14 +357,7 @@ TEST(Step2, EveryLeafFromARepresentativeState) {
     for (const LeafCase& c : kLeaves) {
         SCOPED_TRACE(c.path);
         auto st = freshState();
-        st->traceOn = true;
-        AxisPlan rec = makeAxis(0.0, c.v0, c.a0, c.pT, 4.0, 1.0, 2.0);
-        rec.tgtVel = c.vT;
-        rec.remTime = c.T;
-        StdoutCapture out;
-        walkStep2(*st, Step2Tree, rec);
-        EXPECT_EQ(out.text(), traceText(c.path));
-        EXPECT_EQ(rec.step2Profile, c.id);
+        AxisPlan rec = walkCase(*st, c);
         // A ramp committed on the way is a real section.
         if (rec.pointCount > 1) expectPhysicalCurve(rec);
         idSeen[c.id] = true;
@@ -393,17 +400,7 @@ const LeafCase kBoundaries[] = {
 };
 
 TEST(Step2, BoundaryStatesTakeTheirBranch) {
-    for (const LeafCase& c : kBoundaries) {
-        auto st = freshState();
-        st->traceOn = true;
-        AxisPlan rec = makeAxis(0.0, c.v0, c.a0, c.pT, 4.0, 1.0, 2.0);
-        rec.tgtVel = c.vT;
-        rec.remTime = c.T;
-        StdoutCapture out;
-        walkStep2(*st, Step2Tree, rec);
-        EXPECT_EQ(out.text(), traceText(c.path));
-        EXPECT_EQ(rec.step2Profile, c.id) << c.path;
-    }
+    for (const LeafCase& c : kBoundaries) walkCase(*freshState(), c);
 }
 
 }  // namespace
