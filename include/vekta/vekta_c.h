@@ -113,7 +113,9 @@ VEKTA_API VektaPlanner* vektaPlannerInit(void* mem);
  * the planner has no plan: Duration returns 0, StateAt and Next -1. */
 
 /* Position mode: every axis from (pos, vel, acc) to target, at rest. vel and
- * acc may be NULL (zero). maxVel, maxAcc and maxJerk must be positive.
+ * acc may be NULL (zero). maxVel, maxAcc and maxJerk must be positive; a
+ * velocity or acceleration limit far beyond the motion's reach (DBL_MAX for
+ * "no limit") is planned as one just beyond it, with the same curve.
  * Returns a VektaStatus (VEKTA_INVALID_ARGUMENT for a NULL planner). */
 VEKTA_API int vektaPlannerMove(VektaPlanner* planner, int axes, const double* target,
                                const double* maxVel, const double* maxAcc,

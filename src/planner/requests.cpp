@@ -109,6 +109,55 @@ private:
 
 double valueOr0(const double* values, int i) { return values != nullptr ? values[i] : 0.0; }
 
+// How far beyond what a motion can reach a velocity or acceleration limit may
+// lie before it is brought down.
+constexpr double kUnreachable = 100.0;
+
+// A velocity and an acceleration that one axis's fastest motion from (v, a)
+// to rest, dist away (0 for a stop), cannot exceed. Any motion the limits
+// allow bounds the fastest one's time T: release the acceleration, brake to
+// rest, then move rest to rest, with an acceleration Ar <= A of the size the
+// distance and the speed call for. After the release the acceleration is at
+// most A, and at most |a| + J t, so the speed stays within s0 + A T; and an
+// acceleration pulse up to alpha and back changes the velocity by
+// (alpha - |a|)^2 / J, which the speed range 2 s bounds. {inf, inf} at rest
+// on the target: nothing moves, nothing to bound.
+struct Reach {
+    double vel, acc;
+};
+
+Reach reachBound(double dist, double v, double a, double A, double J) {
+    const double aAbs = std::fabs(a);
+    const double s0 = std::fabs(v) + a * a / (2.0 * J);  // the speed once the acceleration is released
+    const double Ar = std::fmin(A, aAbs + std::sqrt(J * s0) + std::cbrt(J * J * dist));
+    if (!(Ar > 0.0)) return {HUGE_VAL, HUGE_VAL};
+    const double brake = s0 / Ar + Ar / J;
+    const double far = dist + s0 * (aAbs / J + brake);
+    const double T = aAbs / J + brake + 4.0 * Ar / J + 2.0 * std::sqrt(far / Ar);
+    const double vel = s0 + std::fmin(A, aAbs + J * T) * T;
+    return {vel, aAbs + std::sqrt(2.0 * J * vel)};
+}
+
+// The limits an update plans with: the caller's, but a velocity or an
+// acceleration limit far beyond what the axis can reach in this motion (1e20,
+// or DBL_MAX for "no limit") is brought down to kUnreachable times the bound.
+// The curve is the same, for it never comes near either; but the tree's tests
+// and the plan check's tolerances measure distances like V^2 / A, and at 1e40
+// the motion's own few metres are lost in their rounding: the tree takes a
+// wrong branch, the curve misses its target or its times go back.
+struct ReachableLimits {
+    double vel[kMaxAxes], acc[kMaxAxes];
+    ReachableLimits(const MotionRequest& m, const double* target, const double* pos, const double* vel,
+                    const double* acc) {
+        for (int i = 0; i < m.axes; ++i) {
+            const double dist = target != nullptr ? std::fabs(target[i] - pos[i]) : 0.0;
+            const Reach r = reachBound(dist, vel[i], acc[i], m.maxAcc[i], m.maxJerk[i]);
+            this->vel[i] = std::fmin(m.maxVel[i], kUnreachable * r.vel);
+            this->acc[i] = std::fmin(m.maxAcc[i], kUnreachable * r.acc);
+        }
+    }
+};
+
 // The latest end of the axes' curves, plan or not (t >= end would pick the
 // same value: the comparison only keeps the larger of two equal ends).
 double latestEnd(const PlannerState& st) {
@@ -163,7 +212,8 @@ int requestMove(PlannerState& st, const MotionRequest& m) {
     RecoveryOn recovery(st);
     const double* vel = m.vel != nullptr ? m.vel : kZeros;
     const double* acc = m.acc != nullptr ? m.acc : kZeros;
-    if (!positionUpdate(st, kAnyCount, m.axes, m.target, m.maxVel, m.maxAcc, {m.maxJerk, 0.0}, m.pos, vel, acc)) {
+    const ReachableLimits lim(m, m.target, m.pos, vel, acc);
+    if (!positionUpdate(st, kAnyCount, m.axes, m.target, lim.vel, lim.acc, {m.maxJerk, 0.0}, m.pos, vel, acc)) {
         return explainFailure(st, m, "");
     }
     return VEKTA_OK;
@@ -175,7 +225,8 @@ int requestStop(PlannerState& st, const MotionRequest& m) {
     RecoveryOn recovery(st);
     const double* vel = m.vel != nullptr ? m.vel : kZeros;
     const double* acc = m.acc != nullptr ? m.acc : kZeros;
-    if (!velocityUpdate(st, kAnyCount, m.axes, m.maxVel, m.maxAcc, {m.maxJerk, 0.0}, m.pos, vel, acc)) {
+    const ReachableLimits lim(m, nullptr, m.pos, vel, acc);
+    if (!velocityUpdate(st, kAnyCount, m.axes, lim.vel, lim.acc, {m.maxJerk, 0.0}, m.pos, vel, acc)) {
         const MotionRequest stop = {m.axes, nullptr, m.maxVel, m.maxAcc, m.maxJerk, m.pos, m.vel, m.acc};
         return explainFailure(st, stop, "rest");
     }
@@ -190,9 +241,13 @@ int requestCatchUp(PlannerState& st, double conveyorVel, double conveyorLimit, c
         return fail(st, VEKTA_INVALID_ARGUMENT);
     }
     RecoveryOn recovery(st);
+    // The conveyor's frame: every axis starts at rest at 0, axis 0 moving back.
+    double vel[kMaxAxes] = {};
+    vel[0] = -conveyorVel;
+    const ReachableLimits lim(m, m.target, kZeros, vel, kZeros);
     // No spare time to respect: the smallest the conveyor update takes.
     constexpr double kAnySpare = 1.0;
-    if (conveyorUpdate(st, kAnyCount, m.axes, conveyorVel, conveyorLimit, m.target, m.maxVel, m.maxAcc,
+    if (conveyorUpdate(st, kAnyCount, m.axes, conveyorVel, conveyorLimit, m.target, lim.vel, lim.acc,
                        {m.maxJerk, 0.0}, kAnySpare)) {
         return VEKTA_OK;
     }
@@ -202,9 +257,6 @@ int requestCatchUp(PlannerState& st, double conveyorVel, double conveyorLimit, c
                  duration, m.target[0] + duration * conveyorVel, conveyorLimit);
         return fail(st, VEKTA_CONVEYOR_OUT_OF_REACH);
     }
-    // The conveyor's frame: every axis starts at rest at 0, axis 0 moving back.
-    double vel[kMaxAxes] = {};
-    vel[0] = -conveyorVel;
     const MotionRequest start = {m.axes, m.target, m.maxVel, m.maxAcc, m.maxJerk, kZeros, vel, kZeros};
     return explainFailure(st, start, "");
 }

@@ -491,8 +491,9 @@ const char* learnPlan(Session& s, const Request* q) {
         // The check's position tolerance (the root finder's miss, twice, and rounding).
         x.posTol = 2e-5 + 2e-9 * pScale;
         if (q == nullptr) continue;
-        if (r.maxVel != q->get(kMaxVel)[i] || r.maxAcc != q->get(kMaxAcc)[i] || r.maxJerk != q->get(kMaxJerk)[i]) {
-            return "a plan of the library's own is not planned with the limits asked for";
+        // A velocity or acceleration limit far beyond the motion's reach is brought down, never up.
+        if (!(r.maxVel <= q->get(kMaxVel)[i]) || !(r.maxAcc <= q->get(kMaxAcc)[i]) || r.maxJerk != q->get(kMaxJerk)[i]) {
+            return "a plan of the library's own is planned with limits above those asked for";
         }
         const bool catchUp = q->call == kCatchUp;
         x.startPos = catchUp ? 0.0 : q->get(kPos)[i], x.startVel = catchUp ? 0.0 : q->value(kVel, i);
