@@ -111,12 +111,9 @@ TEST(Step1, EveryLeafPlansAPhysicalMinimumTimeCurve) {
         EXPECT_EQ(ok, id != 18);
         if (!ok) continue;
 
-        // A start beyond a limit may pass it until it is brought back.
-        AxisPlan wide = rec;
-        wide.maxAcc = std::max(c.A, std::fabs(c.a));
-        wide.maxVel = std::max({c.V, std::fabs(c.v), std::fabs(c.v + c.a * std::fabs(c.a) / (2.0 * c.J))});
-        // Shapes found by the root finder meet their points to its tolerance.
-        const CurveReport r = expectPhysicalCurve(wide, true, CurveTolerance{id >= 10 ? 1e-6 : 1e-9, 1e-9});
+        // A start beyond a limit may pass it until it is brought back; shapes
+        // found by the root finder meet their points to its tolerance.
+        const CurveReport r = expectPhysicalCurve(widened(rec, c.v, c.a), true, {id >= 10 ? 1e-6 : 1e-9, 1e-9});
         EXPECT_LE(r.maxAccJump, 1e-12);
         expectEndsAt(rec, r.endTime, c.pt, 0.0);
         if (c.v == 0.0 && c.a == 0.0) {
@@ -256,10 +253,7 @@ TEST(Step1, PreparingNodesAppendPhysicalSections) {
         const int k = rec.pointCount - 1;
         EXPECT_EQ(rec.secVel[k], rec.curVel * rec.inv);
         EXPECT_EQ(rec.secAcc[k], rec.curAcc * rec.inv);
-        AxisPlan wide = rec;  // a start beyond a limit passes it on the way back
-        wide.maxAcc = std::max(c.A, std::fabs(c.a));
-        wide.maxVel = std::max({c.V, std::fabs(c.v), std::fabs(c.v + c.a * std::fabs(c.a) / (2.0 * c.J))});
-        expectPhysicalCurve(wide);
+        expectPhysicalCurve(widened(rec, c.v, c.a));  // a start beyond a limit passes it on the way back
     }
 }
 
