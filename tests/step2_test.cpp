@@ -33,7 +33,8 @@ struct Step {
     bool ramp;     // a full-jerk ramp to `value`, or a hold of `value` seconds
     double value;
 };
-Step rampTo(double level) { return {true, level}; }
+// to(level): a ramp to the level; hold(d): d seconds at the present acceleration.
+Step to(double level) { return {true, level}; }
 Step hold(double d) { return {false, d}; }
 
 struct Point {
@@ -66,32 +67,24 @@ struct Scenario {
 // Every one cruises or holds below the limits for a while, which a
 // minimum-time motion never does: the remaining time is longer than needed.
 const Scenario kScenarios[] = {
-    {"PosTrapZeroNegTri", 0, 0.2,
-     {rampTo(kA), hold(0.1), rampTo(0), hold(0.5), rampTo(-1.5), rampTo(0)}},
-    {"PosTriZeroNegTri", 2, 0.5, {rampTo(1.5), rampTo(0), hold(0.8), rampTo(-1.0), rampTo(0)}},
-    {"PosTrapZeroNegTrap", 4, 0.0,
-     {rampTo(kA), hold(0.2), rampTo(0), hold(0.5), rampTo(-kA), hold(0.2), rampTo(0)}},
-    {"PosTriZeroNegTrap", 6, 0.3,
-     {rampTo(1.6), rampTo(0), hold(0.6), rampTo(-kA), hold(0.1), rampTo(0)}},
-    {"PosTrapZeroPosTri", 8, 0.1,
-     {rampTo(kA), hold(0.15), rampTo(0), hold(0.4), rampTo(1.4), rampTo(0)}},
-    {"PosTrapZeroPosTri", 8, 0.1,
-     {rampTo(kA), hold(0.15), rampTo(0), hold(0.005), rampTo(1.4), rampTo(0)}},
-    {"PosTriZeroPosTri", 10, 0.4, {rampTo(1.5), rampTo(0), hold(0.5), rampTo(1.7), rampTo(0)}},
-    {"PosTriZeroPosTri", 10, 0.4, {rampTo(1.9), rampTo(0), hold(0.01), rampTo(1.2), rampTo(0)}},
-    {"PosTriZeroPosTri", 10, 0.4, {rampTo(1.2), rampTo(0), hold(0.01), rampTo(1.9), rampTo(0)}},
-    {"PosTriZeroPosTrap", 12, 0.2,
-     {rampTo(1.0), rampTo(0), hold(0.3), rampTo(kA), hold(0.2), rampTo(0)}},
-    {"PosTriZeroPosTrap", 12, 0.2,
-     {rampTo(1.0), rampTo(0), hold(0.02), rampTo(kA), hold(0.2), rampTo(0)}},
-    {"PosTrapZeroPosTrap", 14, 0.1,
-     {rampTo(kA), hold(0.175), rampTo(0), hold(0.3), rampTo(kA), hold(0.2), rampTo(0)}, 40.0},
-    {"PosTrapHldNegLin", 16, 0.5, {rampTo(kA), hold(0.05), rampTo(1.0), hold(0.2), rampTo(0)}},
-    {"PosTriHldNegLin", 18, 0.45, {rampTo(1.95), rampTo(0.7), hold(0.15), rampTo(0)}},
-    {"NegLinHldPosTrap", 20, 0.9, {rampTo(0.35), hold(0.1), rampTo(kA), hold(0.1), rampTo(0)}},
-    {"NegLinHldPosTri", 22, 1.05, {rampTo(0.85), hold(0.1), rampTo(1.05), rampTo(0)}},
-    {"PosLinHldPosTri", 24, 0.8, {rampTo(0.85), hold(0.2), rampTo(1.25), rampTo(0)}},
-    {"PosLinHldPosTrap", 26, 1.05, {rampTo(1.15), hold(0.15), rampTo(kA), hold(0.15), rampTo(0)}},
+    {"PosTrapZeroNegTri", 0, 0.2, {to(kA), hold(0.1), to(0), hold(0.5), to(-1.5), to(0)}},
+    {"PosTriZeroNegTri", 2, 0.5, {to(1.5), to(0), hold(0.8), to(-1.0), to(0)}},
+    {"PosTrapZeroNegTrap", 4, 0.0, {to(kA), hold(0.2), to(0), hold(0.5), to(-kA), hold(0.2), to(0)}},
+    {"PosTriZeroNegTrap", 6, 0.3, {to(1.6), to(0), hold(0.6), to(-kA), hold(0.1), to(0)}},
+    {"PosTrapZeroPosTri", 8, 0.1, {to(kA), hold(0.15), to(0), hold(0.4), to(1.4), to(0)}},
+    {"PosTrapZeroPosTri", 8, 0.1, {to(kA), hold(0.15), to(0), hold(0.005), to(1.4), to(0)}},
+    {"PosTriZeroPosTri", 10, 0.4, {to(1.5), to(0), hold(0.5), to(1.7), to(0)}},
+    {"PosTriZeroPosTri", 10, 0.4, {to(1.9), to(0), hold(0.01), to(1.2), to(0)}},
+    {"PosTriZeroPosTri", 10, 0.4, {to(1.2), to(0), hold(0.01), to(1.9), to(0)}},
+    {"PosTriZeroPosTrap", 12, 0.2, {to(1.0), to(0), hold(0.3), to(kA), hold(0.2), to(0)}},
+    {"PosTriZeroPosTrap", 12, 0.2, {to(1.0), to(0), hold(0.02), to(kA), hold(0.2), to(0)}},
+    {"PosTrapZeroPosTrap", 14, 0.1, {to(kA), hold(0.175), to(0), hold(0.3), to(kA), hold(0.2), to(0)}, 40.0},
+    {"PosTrapHldNegLin", 16, 0.5, {to(kA), hold(0.05), to(1.0), hold(0.2), to(0)}},
+    {"PosTriHldNegLin", 18, 0.45, {to(1.95), to(0.7), hold(0.15), to(0)}},
+    {"NegLinHldPosTrap", 20, 0.9, {to(0.35), hold(0.1), to(kA), hold(0.1), to(0)}},
+    {"NegLinHldPosTri", 22, 1.05, {to(0.85), hold(0.1), to(1.05), to(0)}},
+    {"PosLinHldPosTri", 24, 0.8, {to(0.85), hold(0.2), to(1.25), to(0)}},
+    {"PosLinHldPosTrap", 26, 1.05, {to(1.15), hold(0.15), to(kA), hold(0.15), to(0)}},
 };
 
 // The scenario's start state (mirrored when sign < 0), ready for the walk.
@@ -264,8 +257,7 @@ const LeafCase kLeaves[] = {
     {0, -0.75, 0, -0.5, 1.5, 16, "9+10+11-14+18-20+27-29+40-41-43+44+"},
     {0, 0.75, 0, 0.5, 1.5, 17, "9-51-52-53+54-65+67+68-72+73+"},
     {0, -0.75, 0, -0.5, 1, 18, "9+10+11-14+18+40-41-43+44-"},
-    {0.5, 0.5, 0, 0.5, 1.75, 19,
-     "9-51-52-53+54-65-66-67-69+70+[D71 branched]71+72+73-"},
+    {0.5, 0.5, 0, 0.5, 1.75, 19, "9-51-52-53+54-65-66-67-69+70+[D71 branched]71+72+73-"},
     {1, -0.5, 0, -1.5, 0.75, 20, "9+10+11-14-19+25+40-41+42-46-"},
     {0, -0.5, 0, -4.5, 0.75, 20, "9+10+11-14+18+40-41-43-47+48-46-"},
     {0.5, -0.25, 0, -4, 0.75, 22, "9+10-12-88+89+94+96-"},
