@@ -184,10 +184,7 @@ TEST(BadInput, AxisCountsAxisIndicesAndSampleCountsOutsideTheirRange) {
         defaultState() = PlannerState{};
         Output out;
         Recorder rec(out);
-        if (n > 0) {
-            Update u;
-            rec.update("update", call(u));
-        }
+        if (n > 0) rec.update("update", call(Update{}));
         double p, v, a;
         int given = 0;
         for (const int axis : {n, 6, 7, INT_MAX, -1, INT_MIN}) given += rec.sample(axis, 3, n == 6, p, v, a);

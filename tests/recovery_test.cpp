@@ -53,9 +53,8 @@ TEST(Recovery, RepairsWhatTheDefaultGetsWrongAndRefusesWhatTheCheckRejects) {
             if (!on || !ok) continue;
             const AxisPlan& r = defaultState().records[0];
             EXPECT_EQ(r.step1Profile, c.recoveryId);
-            AxisPlan wide = r;  // a start beyond V passes it until the release brings it back
-            wide.maxVel = std::max(c.V, std::fabs(c.v));
-            const CurveReport rep = expectPhysicalCurve(wide, true, {1e-6, 1e-9});
+            // A start beyond V passes it until the release brings it back.
+            const CurveReport rep = expectPhysicalCurve(widened(r, c.v, c.a), true, {1e-6, 1e-9});
             expectEndsAt(r, rep.endTime, c.target, 0.0);
         }
     }

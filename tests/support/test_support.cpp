@@ -23,6 +23,12 @@ AxisPlan makeAxis(double pos, double vel, double acc, double tgtPos, double maxV
     return r;
 }
 
+AxisPlan widened(AxisPlan rec, double v0, double a0) {
+    rec.maxAcc = std::max(rec.maxAcc, std::fabs(a0));
+    rec.maxVel = std::max({rec.maxVel, std::fabs(v0), std::fabs(v0 + a0 * std::fabs(a0) / (2.0 * rec.maxJerk))});
+    return rec;
+}
+
 CurveReport expectPhysicalCurve(const AxisPlan& rec, bool checkVel, CurveTolerance tol) {
     const CurveReport r = checkCurve(rec);
     EXPECT_TRUE(r.pointCountValid) << "pointCount " << rec.pointCount;

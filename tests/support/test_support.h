@@ -38,6 +38,10 @@ struct CurveTolerance {
 CurveReport expectPhysicalCurve(const AxisPlan& rec, bool checkVel = true,
                                 CurveTolerance tol = CurveTolerance{});
 
+// The record with its limits widened to what a start at (v0, a0) forces on the
+// way back inside them: |a0|, and the velocity reached while a0 is ramped out.
+AxisPlan widened(AxisPlan rec, double v0, double a0);
+
 // Asserts that the curve's last point is (time, tgt velocity, position) at rest.
 void expectEndsAt(const AxisPlan& rec, double time, double pos, double vel, double tol = 1e-9);
 

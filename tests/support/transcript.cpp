@@ -132,14 +132,10 @@ void expectMatchesDigest(const std::vector<std::vector<std::string>>& transcript
         std::size_t unit = 0;
         was >> a >> a, now >> b >> b;
         while (was >> a && now >> b && a == b) ++unit;
-        const std::vector<std::string>& t = transcripts[i];
         const std::string file = std::string(VEKTA_TRANSCRIPT_FAILURE_DIR) + "/transcript-case-" + std::to_string(i) + ".txt";
-        writeCase(file, t);
-        FAIL() << "case " << i << " of " << path << " differs from unit " << unit << " of " << t.size()
-               << " on.\nThe case:\n" << t[0] << (t.size() > 1 ? t[1].substr(0, 3000) : "") << "\nUnit " << unit
-               << " now reads:\n" << (unit < t.size() ? t[unit].substr(0, 3000) : "(none)")
-               << "\nThe whole transcript is in " << file << "; VEKTA_TRANSCRIPT_DUMP=DIR on the pinned build"
-               << " writes the old one to compare.";
+        writeCase(file, transcripts[i]);
+        FAIL() << "case " << i << " of " << path << " differs from unit " << unit << " on; its transcript is in " << file
+               << " (VEKTA_TRANSCRIPT_DUMP=DIR on the pinned build writes the old one to compare)";
     }
 }
 
