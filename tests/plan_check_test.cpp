@@ -245,6 +245,20 @@ TEST(PlanCheck, ChecksAConveyorPlanInTheConveyorsFrame) {
     r.tgtPos += 0.01;
     EXPECT_EQ(check(r, 1, kConveyorPlan),
               Verdict(VEKTA_CHECK_END_STATE, "axis 0: ends at position 0.72 instead of 0.73 at t = 0.8 s"));
+    // An exact catch-up whose fixed frame reaches 2^51 (the arm at rest on a
+    // conveyor of 2^51 m/s for 1 s): taking the conveyor off may round away
+    // 8 units in the last place of it, 4.0, and no more.
+    AxisPlan far = test::makeAxis(0.0, 0x1p51, 0.0, 0.0, 1.0, 4.0, 10.0);
+    far.exact = true;
+    far.pointCount = 2;
+    far.secTime[1] = 1.0;
+    far.secAcc[1] = 0.0;
+    far.tgtVel = far.secVel[1] = 0x1p51;
+    for (const double miss : {4.0, 4.5}) {
+        far.tgtPos = miss;
+        far.secPos[1] = 0x1p51 + miss;
+        EXPECT_EQ(check(far, 1, kConveyorPlan).first, miss == 4.0 ? VEKTA_CHECK_OK : VEKTA_CHECK_DISCONTINUOUS);
+    }
 }
 
 TEST(PlanCheck, CutsAndTerminatesTheMessageAndWritesNothingElse) {
