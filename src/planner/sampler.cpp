@@ -123,6 +123,18 @@ double leftMoveTime(const PlannerState& st) {
     return left > 0.0 ? left : 0.0;
 }
 
+// The jerk of the section that ends at point c. A change of acceleration
+// below kFlatAccTolerance is taken as none. An exact curve (recovery mode,
+// the library's own calls) keeps every change, however small: its limits may
+// be as small as that tolerance (1e-9 m/s), and a section taken as flat would
+// leave them; only a section of no length (or one whose jerk overflows) is.
+static double sectionJerk(const AxisPlan& r, int c) {
+    const double dA = r.secAcc[c] - r.secAcc[c - 1], dt = r.secTime[c] - r.secTime[c - 1];
+    if (!r.exact) return std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / dt;
+    const double jerk = dt > 0.0 ? dA / dt : 0.0;
+    return std::isfinite(jerk) ? jerk : 0.0;
+}
+
 void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double& acc) {
     const int points = r.pointCount;
     int c = 1;
@@ -135,8 +147,7 @@ void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double&
     }
     const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
     const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
-    const double dA = r.secAcc[c] - a0;
-    const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+    const double jerk = sectionJerk(r, c);
     const double tau = t - t0;
     const double halfTau2 = tau * tau / 2.0;
     acc = a0 + jerk * tau;
@@ -173,8 +184,7 @@ void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double&
         // The section from point c - 1 to point c.
         const double t0 = r.secTime[c - 1], a0 = r.secAcc[c - 1];
         const double v0 = r.secVel[c - 1], p0 = r.secPos[c - 1];
-        const double dA = r.secAcc[c] - a0;
-        const double jerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (r.secTime[c] - t0);
+        const double jerk = sectionJerk(r, c);
         const double tau = t - t0;
         const double halfTau2 = tau * tau / 2.0;
         acc[k] = a0 + jerk * tau;
@@ -217,13 +227,12 @@ void evaluateAxis(const AxisPlan& r, double t, double& pos, double& vel, double&
     while (c < r.pointCount && t > times[c]) ++c;
     if (c >= r.pointCount) return false;
     const double t0 = times[c - 1], a0 = r.secAcc[c - 1];
-    const double dA = r.secAcc[c] - a0;
     r.secCursor = c;
     r.sampleT0 = t0;
     r.sampleA0 = a0;
     r.sampleV0 = r.secVel[c - 1];
     r.sampleP0 = r.secPos[c - 1];
-    r.sampleJerk = std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / (times[c] - t0);
+    r.sampleJerk = sectionJerk(r, c);
     r.sampleSectionEnd = times[c];
     return true;  // false would send the caller the long way to the same sample
 }
