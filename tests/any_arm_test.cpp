@@ -77,6 +77,18 @@ void printLong(const OutputSink* sink, const char* fmt, ...) {
 
 bool sameBits(double x, double y) { return std::memcmp(&x, &y, sizeof x) == 0; }
 
+// The curve's position and velocity at t, integrated from the start of its
+// section with the jerk its two end points imply; past the end, the end.
+void curveAt(const AxisPlan& r, double t, double& pos, double& vel) {
+    int c = 1;
+    while (c < r.pointCount && t > r.secTime[c]) ++c;
+    const int h = c < r.pointCount ? c - 1 : r.pointCount - 1;
+    const double dt = c < r.pointCount ? r.secTime[c] - r.secTime[h] : 0.0, tau = dt > 0.0 ? t - r.secTime[h] : 0.0;
+    const double a = r.secAcc[h], j = dt > 0.0 ? (r.secAcc[c] - a) / dt : 0.0;
+    vel = r.secVel[h] + a * tau + j * tau * tau / 2.0;
+    pos = r.secPos[h] + r.secVel[h] * tau + a * tau * tau / 2.0 + j * tau * tau * tau / 6.0;
+}
+
 // No plan: every reader says so.
 void expectNoPlan(VektaPlanner* p) {
     double x[VEKTA_MAX_AXES], y[VEKTA_MAX_AXES], z[VEKTA_MAX_AXES];
@@ -136,6 +148,10 @@ TEST(AnyArm, EveryArmAndPeriodPlansPhysicalCurvesSampledAlikeByNextStateAtAndSam
                 for (int i = 0; i < axes; ++i) {
                     ASSERT_TRUE(sameBits(p[i], sp[i]) && sameBits(v[i], sv[i]) && sameBits(acc[i], sa[i]))
                         << "period " << k << " axis " << i;
+                    double cp, cv;  // and on the curve, section by section
+                    curveAt(next.state().records[i], (k + 1) * period, cp, cv);
+                    ASSERT_NEAR(p[i], cp, 1e-9 * std::max(1.0, std::fabs(cp))) << "period " << k << " axis " << i;
+                    ASSERT_NEAR(v[i], cv, 1e-9 * a.maxVel[i]) << "period " << k << " axis " << i;
                     double q[3];
                     finished &= vektaPlannerSample(sample.p, i, 1, &q[0], &q[1], &q[2], &count);
                     ASSERT_TRUE(sameBits(p[i], q[0]) && sameBits(v[i], q[1]) && sameBits(acc[i], q[2]));
