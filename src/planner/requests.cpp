@@ -110,7 +110,8 @@ private:
 double valueOr0(const double* values, int i) { return values != nullptr ? values[i] : 0.0; }
 
 // How far beyond what a motion can reach a velocity or acceleration limit may
-// lie before it is brought down.
+// lie before it is brought down. The margin is wide on purpose: a term of the
+// bound a little off changes only a limit the motion never comes near.
 constexpr double kUnreachable = 100.0;
 
 // A velocity and an acceleration that one axis's fastest motion from (v, a)
@@ -130,6 +131,8 @@ Reach reachBound(double dist, double v, double a, double A, double J) {
     const double aAbs = std::fabs(a);
     const double s0 = std::fabs(v) + a * a / (2.0 * J);  // the speed once the acceleration is released
     const double Ar = std::fmin(A, aAbs + std::sqrt(J * s0) + std::cbrt(J * J * dist));
+    // (>= would give the same: at Ar = 0 the bound below is 0/0, which
+    // fmin passes over in favour of the caller's limit.)
     if (!(Ar > 0.0)) return {HUGE_VAL, HUGE_VAL};
     const double brake = s0 / Ar + Ar / J;
     const double far = dist + s0 * (aAbs / J + brake);
