@@ -249,33 +249,17 @@ TEST(AnyArm, EverySpoiledArgumentIsRefusedWithItsReasonAndLeavesNoPlan) {
             expectNoPlan(pl.p);
         }
     }
-    // Axis counts, the conveyor's numbers, periods; NULL vel and acc are zero.
+    // An axis count and the conveyor's numbers (the fuzz target refuses every
+    // other count, time, NULL output and period, each with its name).
     Planner pl;
-    for (int axes : {0, -1, 17, 1 << 30}) {
-        EXPECT_EQ(vektaPlannerMove(pl.p, axes, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
-                                   good.maxJerk.data(), good.pos.data(), nullptr, nullptr),
-                  VEKTA_INVALID_ARGUMENT);
-        EXPECT_EQ(vektaPlannerError(pl.p), "axes is " + std::to_string(axes) + ", it must be from 1 to 16");
-    }
+    EXPECT_EQ(vektaPlannerMove(pl.p, 17, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
+                               good.maxJerk.data(), good.pos.data(), nullptr, nullptr),
+              VEKTA_INVALID_ARGUMENT);
+    EXPECT_STREQ(vektaPlannerError(pl.p), "axes is 17, it must be from 1 to 16");
     EXPECT_EQ(vektaPlannerCatchUp(pl.p, 3, nan, 1.0, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
                                   good.maxJerk.data()),
               VEKTA_INVALID_ARGUMENT);
     EXPECT_STREQ(vektaPlannerError(pl.p), "conveyorVel is nan, it must be a finite number");
-    ASSERT_EQ(vektaPlannerMove(pl.p, 3, good.target.data(), good.maxVel.data(), good.maxAcc.data(),
-                               good.maxJerk.data(), good.pos.data(), nullptr, nullptr),
-              VEKTA_OK);
-    double p[3], v[3], acc[3];
-    ASSERT_EQ(vektaPlannerStateAt(pl.p, -1.0, p, v, acc), 0);
-    for (int i = 0; i < 3; ++i) EXPECT_TRUE(p[i] == good.pos[i] && v[i] == 0.0 && acc[i] == 0.0);
-    EXPECT_EQ(vektaPlannerStateAt(pl.p, nan, p, v, acc), -1);
-    EXPECT_EQ(vektaPlannerStateAt(pl.p, 0.0, p, nullptr, acc), -1);
-    EXPECT_EQ(vektaPlannerNext(pl.p, nullptr, v, acc), -1);
-    EXPECT_EQ(vektaPlannerMinimumTime(pl.p, 3), -1.0);
-    for (double period : {0.0, -0.005, nan, inf, 1e-9, 9.9e-5, 1.0000001, 1e9}) {
-        EXPECT_EQ(vektaPlannerSetPeriod(pl.p, period), VEKTA_INVALID_ARGUMENT);
-        EXPECT_EQ(vektaPlannerPeriod(pl.p), 0.005);
-    }
-    EXPECT_STREQ(vektaPlannerError(pl.p), "period is 1e+09 s, it must be from 0.0001 to 1 s");
     expectNoPlan(pl.p);
 }
 

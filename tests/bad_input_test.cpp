@@ -18,13 +18,9 @@
 #include <vector>
 
 #include "api/default_state.h"
-#include "engine/decision_tree.h"
 #include "records/planner_state.h"
-#include "step1/step1_tree.h"
-#include "step2/step2_tree.h"
 #include "support/transcript.h"
 #include "vekta/vekta.h"
-#include "vekta/vekta_c.h"
 
 namespace vekta::test {
 namespace {
@@ -143,67 +139,6 @@ TEST(BadInput, EverySpoiledInputIsPlannedOrRefusedSafelyAndAsPinned) {
     expectMatchesDigest(transcripts, VEKTA_BAD_INPUT_DIGEST);
 }
 
-TEST(BadInput, ACurveThatNeedsAFourteenthPointFailsItsAxis) {
-    // Found by the fuzzer: negative limits made the step-1 walk and solver
-    // write a 14th point past the curve's arrays.
-    Update u{Position, 1};
-    spoil(u, Distance, 0.0);  // at rest on the target
-    u.maxVel[0] = u.maxAcc[0] = -1e9;
-    u.ratio = 0.073925781250000003;
-    defaultState() = PlannerState{};
-    Output out;
-    EXPECT_FALSE(call(u));
-    EXPECT_EQ(out.text().rfind("curve overflow:id 0 points 14\nstep1 error:0\nposUpd: ", 0), 0u);
-    EXPECT_EQ(defaultState().records[0].pointCount, kMaxPoints);
-}
-
-TEST(BadInput, AxisCountsAxisIndicesAndSampleCountsOutsideTheirRange) {
-    // An axis count other than 1 or 6 is refused before any array is read,
-    // by the default planner and by one of one's own (its output off).
-    VektaPlanner* own = vektaPlannerCreate();
-    vektaPlannerOutputOff(own);
-    for (const int n : {0, 2, 5, 7, -1, INT_MIN, INT_MAX}) {
-        defaultState() = PlannerState{};
-        Output out;
-        const bool ok = vektaPostionModeParaUpd(n, nullptr, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr, 0) ||
-                        vektaVelocityModeParaUpd(n, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr, 0) ||
-                        vektaPostionModeParaUpdConveyor(n, 0.1, 1.0, nullptr, nullptr, nullptr, 1.0, 0.1) ||
-                        vektaPlannerPositionUpdate(own, n, nullptr, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr) ||
-                        vektaPlannerVelocityUpdate(own, n, nullptr, nullptr, 1.0, nullptr, nullptr, nullptr) ||
-                        vektaPlannerConveyorUpdate(own, n, 0.1, 1.0, nullptr, nullptr, nullptr, 1.0, 0.1);
-        const std::string line = "vekta: incorrect freedom number-" + std::to_string(n) + "!\n";
-        EXPECT_FALSE(ok);
-        EXPECT_EQ(out.text(), line + line + line);
-        EXPECT_EQ(vektaCheckPlan(nullptr, 0), VEKTA_CHECK_NO_PLAN);
-    }
-    vektaPlannerDestroy(own);
-    // Axes outside the plan, sample counts of zero or below, sampling before
-    // any update: nothing written, nothing printed, no period passes.
-    std::string problems;
-    for (const int n : {0, 6}) {
-        defaultState() = PlannerState{};
-        Output out;
-        Recorder rec(out);
-        if (n > 0) rec.update("update", call(Update{}));
-        double p, v, a;
-        int given = 0;
-        for (const int axis : {n, 6, 7, INT_MAX, -1, INT_MIN}) given += rec.sample(axis, 3, n == 6, p, v, a);
-        for (const int nSamples : {0, -1, INT_MIN}) given += rec.sample(0, nSamples, false, p, v, a);
-        int count = -1;
-        given += vektaPositionModePerFreedom(0, 0, nullptr, nullptr, nullptr, count) + count;
-        rec.flushAll();
-        EXPECT_EQ(given, 0) << n;
-        for (std::size_t i = n > 0 ? 1 : 0; i < rec.units.size(); ++i) {  // sample lines only
-            for (std::size_t at = 0; at < rec.units[i].size(); at = rec.units[i].find('\n', at) + 1) {
-                EXPECT_EQ(rec.units[i][at], 's') << "printed:\n" << rec.units[i];
-            }
-        }
-        for (int axis = 0; axis < 6; ++axis) EXPECT_EQ(defaultState().records[axis].sampleCount, 0);
-        problems += rec.problems;
-    }
-    EXPECT_EQ(problems, "");
-}
-
 TEST(BadInput, CountersStopBeforeTheyOverflow) {
     // Sampling a finished axis for some 124 days, and re-planning every
     // period for weeks: neither the period counter nor the statistics wrap.
@@ -229,31 +164,6 @@ TEST(BadInput, CountersStopBeforeTheyOverflow) {
     EXPECT_TRUE(call(u));
     EXPECT_EQ(st.nodeVisitCount[9 - 1], INT_MAX);
     for (const int c : st.profileUseCount) EXPECT_EQ(c, INT_MAX);
-}
-
-// True when no successor path from `node` comes back to a node on it, and
-// every row on the way has a test to call.
-bool acyclicFrom(const DecisionTree& t, int node, std::vector<int>& state) {
-    if (node == 0) return true;
-    if (node < 0 || node >= t.rowCount || state[node] == 1) return false;
-    if (state[node] == 2) return true;
-    const TreeRow& row = treeRow(t, node);
-    if (row.node == nullptr) return false;
-    state[node] = 1;
-    const bool ok = acyclicFrom(t, row.ifTrue, state) && acyclicFrom(t, row.ifFalse, state);
-    state[node] = 2;
-    return ok;
-}
-
-TEST(BadInput, TreeWalksVisitEveryNodeAtMostOnce) {
-    // A NaN makes every comparison false and may steer a walk anywhere its
-    // rows allow; with no cycle the walk ends within rowCount
-    // calls. With the root finder's 101 iterations and the sampler's
-    // nSamples + 13 steps, every call is bounded.
-    for (const DecisionTree* t : {&Step1Tree, &Step2Tree}) {
-        std::vector<int> state(static_cast<std::size_t>(t->rowCount), 0);
-        for (int start = 1; start < t->rowCount; ++start) EXPECT_TRUE(acyclicFrom(*t, start, state)) << start;
-    }
 }
 
 }  // namespace

@@ -3,12 +3,10 @@
 // per planner (100000 under the ThreadSanitizer build, preset tsan).
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include "sweep.h"
 #include "vekta/vekta_c.h"
@@ -71,56 +69,6 @@ TEST(Instances, TwoPlannersOnTwoThreadsGiveWhatEachGivesAlone) {
     vektaPlannerDestroy(heap);
     EXPECT_EQ(got1, alone(1, count));
     EXPECT_EQ(got2, alone(2, count));
-}
-
-// A controller may take one sample per call or several: the samples are the
-// same either way, also across a re-plan in the middle of the motion, up to
-// the curve's end (past it a call gives the end state once). (The one-sample call keeps a copy of the section it
-// is in; a call of several samples, a new plan or the curve's end must not
-// leave it stale.)
-TEST(Instances, SamplesInChunksOfAnySizeAreTheSamplesTakenOneByOne) {
-    VektaPlanner* one = vektaPlannerCreate();
-    VektaPlanner* chunked = vektaPlannerCreate();
-    vektaPlannerOutputOff(one);
-    vektaPlannerOutputOff(chunked);
-    const int sizes[] = {1, 1, 3, 1, 2, 5};  // rounds of chunks; the first six end at period 13
-    for (std::uint64_t i = 0, tried = 0; tried < 200; ++i) {
-        Motion m = drawMotion(3, i);
-        if (m.axes != 6 || m.mode != Mode::Position) continue;
-        std::vector<double> a[6], b[6];
-        double s[3 * 8];
-        int n = 0;
-        int limit = 14;  // periods to compare: past the re-plan, then to the end of its curve
-        for (int round = 0, period = 0; period + sizes[round % 6] <= limit; period += sizes[round++ % 6]) {
-            if (period == 0 || period == 13) {
-                // At 13 both re-plan from where the one-by-one samples are.
-                for (int axis = 0; period == 13 && axis < 6; ++axis) {
-                    const double* last = &a[axis].back() - 2;
-                    m.pos[axis] = last[0], m.vel[axis] = last[1], m.acc[axis] = last[2];
-                    m.tgt[axis] = -m.tgt[axis];
-                }
-                int ok = 1;
-                for (VektaPlanner* p : {one, chunked}) {
-                    ok &= vektaPlannerPositionUpdate(p, 6, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc);
-                }
-                if (!ok) break;
-                if (period == 13) limit = 13 + static_cast<int>(std::min(vektaPlannerLeftTime(one), 20.0) / 0.005);
-                if (period == 0 && vektaPlannerLeftTime(one) < 0.1) break;
-            }
-            for (int axis = 0; axis < 6; ++axis) {
-                for (int k = 0; k < sizes[round % 6]; ++k) {
-                    vektaPlannerSample(one, axis, 1, &s[0], &s[1], &s[2], &n);
-                    a[axis].insert(a[axis].end(), s, s + 3 * n);
-                }
-                vektaPlannerSample(chunked, axis, sizes[round % 6], &s[0], &s[8], &s[16], &n);
-                for (int k = 0; k < n; ++k) b[axis].insert(b[axis].end(), {s[k], s[8 + k], s[16 + k]});
-            }
-        }
-        tried += a[5].size() > 3 * 13;
-        for (int axis = 0; axis < 6; ++axis) ASSERT_EQ(a[axis], b[axis]) << "motion " << i << " axis " << axis;
-    }
-    vektaPlannerDestroy(one);
-    vektaPlannerDestroy(chunked);
 }
 
 }  // namespace

@@ -1,12 +1,11 @@
 // The plan check: one hand-made curve per kind of violation, with the exact
-// code and message, and the promises made to callers (a good plan passes, the
-// check changes nothing and prints nothing, the message buffer is respected).
+// code and message, and a good plan passes. How the message is cut to the
+// caller's buffer is held by the fuzz target on every input.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -259,22 +258,6 @@ TEST(PlanCheck, ChecksAConveyorPlanInTheConveyorsFrame) {
         far.secPos[1] = 0x1p51 + miss;
         EXPECT_EQ(check(far, 1, kConveyorPlan).first, miss == 4.0 ? VEKTA_CHECK_OK : VEKTA_CHECK_DISCONTINUOUS);
     }
-}
-
-TEST(PlanCheck, CutsAndTerminatesTheMessageAndWritesNothingElse) {
-    AxisPlan r = restToRest();
-    r.maxAcc = 1.5;
-    const auto st = planned(r);
-    char buf[32];
-    std::memset(buf, 'x', sizeof buf);
-    EXPECT_EQ(checkPlan(*st, buf, 10), VEKTA_CHECK_ACC_LIMIT);
-    EXPECT_EQ(std::string(buf, sizeof buf), std::string("axis 0: a\0", 10) + std::string(22, 'x'));
-    std::memset(buf, 'x', sizeof buf);
-    EXPECT_EQ(checkPlan(*st, buf, 1), VEKTA_CHECK_ACC_LIMIT);
-    EXPECT_EQ(checkPlan(*st, buf, 0), VEKTA_CHECK_ACC_LIMIT);
-    EXPECT_EQ(std::string(buf, 2), std::string("\0x", 2));
-    EXPECT_EQ(checkPlan(*st, nullptr, 100), VEKTA_CHECK_ACC_LIMIT);
-    EXPECT_EQ(checkPlan(*st, buf, -5), VEKTA_CHECK_ACC_LIMIT);
 }
 
 }  // namespace

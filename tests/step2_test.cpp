@@ -167,28 +167,6 @@ TEST(Step2, TheTreePicksEveryScenariosShapeAndItsSolverSynchronisesIt) {
     }
 }
 
-TEST(Step2, ASolverThatFindsNoRootPrintsItsLineAndWritesNothing) {
-    // The tree's hints for the scenario, then a target far beyond anything
-    // the shape reaches in time: the root finder sees one sign only.
-    const char* const lines[kStep2SolverCount] = {
-        "step2_PTZNt error!\n", "step2_PtZNt error!\n", "step2_PTZNT error!\n", "step2_PtZNT error!\n",
-        "step2_PTZPt error!\n", "step2_PtZPt error!\n", "step2_PtZPT error!\n", "step2_PTZPT error!\n",
-        "step2_PTHNL error!\n", "step2_PtHNL error!\n", "step2_NLHPT error!\n", "step2_NLHPt error!\n",
-        "step2_PLHPt error!\n", "step2_PLHPT error!\n"};
-    for (const Scenario& sc : kScenarios) {
-        SCOPED_TRACE(sc.name);
-        std::vector<Point> pts;
-        AxisPlan rec = build(sc, 1.0, &pts);
-        auto st = freshState();
-        StdoutCapture out;
-        walkStep2(*st, Step2Tree, rec);
-        rec.tgtPos += 100.0;
-        EXPECT_FALSE(step2Solvers[sc.profile / 2](*st, rec));
-        EXPECT_EQ(rec.pointCount, 1);
-        EXPECT_EQ(out.text(), lines[sc.profile / 2]);
-    }
-}
-
 TEST(Step2, GuardsPrintTheirLineInsteadOfSolving) {
     struct Case {
         int solver;
