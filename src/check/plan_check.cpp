@@ -112,6 +112,10 @@ MotionScale motionScale(const AxisPlan& r, const AxisPlan& stored, bool shifted)
                             std::fabs(stored.secPos[0]), std::fabs(stored.secPos[last])};
     for (const double e : ends) s.pos = e > s.pos ? e : s.pos;
     if (shifted) {
+        // The ends only: the conveyor moves at one velocity and the arm's own
+        // positions are small beside it (else the join tolerance is large
+        // anyway), so the fixed-frame positions run monotonically and the
+        // largest is at an end.
         s.framePos = kFrameUlps * DBL_EPSILON * std::fmax(std::fabs(stored.secPos[0]), std::fabs(stored.secPos[last]));
         s.frameVel = kFrameUlps * DBL_EPSILON * std::fmax(std::fabs(stored.secVel[0]), std::fabs(stored.secVel[last]));
     }

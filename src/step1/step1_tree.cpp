@@ -90,6 +90,8 @@ Reach reachFrom(const AxisPlan& rec) {
     const double hold = (w - r.v - (2.0 * A * A - b * b) / (2.0 * J)) / A;
     section(r, J, (A - b) / J, A);
     section(r, 0.0, hold, A);
+    // Its end acceleration is never read: a trapezoid ends every chain, or a
+    // falling pulse follows, which starts from zero itself.
     section(r, -J, A / J, 0.0);
 }
 
