@@ -18,7 +18,10 @@
 #include <vector>
 
 #include "api/default_state.h"
+#include "engine/decision_tree.h"
 #include "records/planner_state.h"
+#include "step1/step1_tree.h"
+#include "step2/step2_tree.h"
 #include "support/transcript.h"
 #include "vekta/vekta.h"
 
@@ -164,6 +167,31 @@ TEST(BadInput, CountersStopBeforeTheyOverflow) {
     EXPECT_TRUE(call(u));
     EXPECT_EQ(st.nodeVisitCount[9 - 1], INT_MAX);
     for (const int c : st.profileUseCount) EXPECT_EQ(c, INT_MAX);
+}
+
+// True when no successor path from `node` comes back to a node on it, and
+// every row on the way has a test to call.
+bool acyclicFrom(const DecisionTree& t, int node, std::vector<int>& state) {
+    if (node == 0) return true;
+    if (node < 0 || node >= t.rowCount || state[node] == 1) return false;
+    if (state[node] == 2) return true;
+    const TreeRow& row = treeRow(t, node);
+    if (row.node == nullptr) return false;
+    state[node] = 1;
+    const bool ok = acyclicFrom(t, row.ifTrue, state) && acyclicFrom(t, row.ifFalse, state);
+    state[node] = 2;
+    return ok;
+}
+
+TEST(BadInput, TreeWalksVisitEveryNodeAtMostOnce) {
+    // A NaN makes every comparison false and may steer a walk anywhere its
+    // rows allow; with no cycle the walk ends within rowCount
+    // calls. With the root finder's 101 iterations and the sampler's
+    // nSamples + 13 steps, every call is bounded.
+    for (const DecisionTree* t : {&Step1Tree, &Step2Tree}) {
+        std::vector<int> state(static_cast<std::size_t>(t->rowCount), 0);
+        for (int start = 1; start < t->rowCount; ++start) EXPECT_TRUE(acyclicFrom(*t, start, state)) << start;
+    }
 }
 
 }  // namespace

@@ -63,12 +63,16 @@ struct Scenario {
     double J = kJ;
 };
 
-// One scenario per solver, and more where the tree's hints pick a branch.
+// One scenario per solver, and more where the tree's hints pick a branch or
+// a short cruise or hold puts the root close to an end of its bracket (a
+// bound a little off then misses it).
 // Every one cruises or holds below the limits for a while, which a
 // minimum-time motion never does: the remaining time is longer than needed.
 const Scenario kScenarios[] = {
     {"PosTrapZeroNegTri", 0, 0.2, {to(kA), hold(0.1), to(0), hold(0.5), to(-1.5), to(0)}},
     {"PosTriZeroNegTri", 2, 0.5, {to(1.5), to(0), hold(0.8), to(-1.0), to(0)}},
+    {"PosTriZeroNegTri", 2, 0.5, {to(1.5), to(0), hold(0.1), to(-1.0), to(0)}},
+    {"PosTriZeroNegTri", 2, 0.5, {to(1.5), to(0), hold(0.1), to(-1.9), to(0)}},
     {"PosTrapZeroNegTrap", 4, 0.0, {to(kA), hold(0.2), to(0), hold(0.5), to(-kA), hold(0.2), to(0)}},
     {"PosTriZeroNegTrap", 6, 0.3, {to(1.6), to(0), hold(0.6), to(-kA), hold(0.1), to(0)}},
     {"PosTrapZeroPosTri", 8, 0.1, {to(kA), hold(0.15), to(0), hold(0.4), to(1.4), to(0)}},
@@ -83,6 +87,7 @@ const Scenario kScenarios[] = {
     {"PosTriHldNegLin", 18, 0.45, {to(1.95), to(0.7), hold(0.15), to(0)}},
     {"NegLinHldPosTrap", 20, 0.9, {to(0.35), hold(0.1), to(kA), hold(0.1), to(0)}},
     {"NegLinHldPosTri", 22, 1.05, {to(0.85), hold(0.1), to(1.05), to(0)}},
+    {"NegLinHldPosTri", 22, 1.05, {to(0.85), hold(0.05), to(1.05), to(0)}},
     {"PosLinHldPosTri", 24, 0.8, {to(0.85), hold(0.2), to(1.25), to(0)}},
     {"PosLinHldPosTrap", 26, 1.05, {to(1.15), hold(0.15), to(kA), hold(0.15), to(0)}},
 };
