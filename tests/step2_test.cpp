@@ -384,6 +384,9 @@ const LeafCase kBoundaries[] = {
     {1, -3, -1.75, -3, 1.25, 26, "9+10+11-14+18+40-41-43-47-49+50-"},
     // Node 42: the target exactly where holding down to the level that reaches vT ends.
     {0.75, -0.75, 0, -0.50634765625, 1.5, 18, "9+10+11-14+18-20+27-29+40-41+42+44-"},
+    // Node 73: the target exactly where the Trap pulse, Lin ramp and hold end, and a little beyond.
+    {0, 0.75, 0, 0.53125, 1.5, 17, "9-51-52-53+54-65+67+68-72+73+"},
+    {0, 0.75, 0, 0.5313, 1.5, 19, "9-51-52-53+54-65+67+68-72+73-"},
 };
 
 TEST(Step2, BoundaryStatesTakeTheirBranch) {
