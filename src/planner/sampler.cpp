@@ -131,6 +131,8 @@ double leftMoveTime(const PlannerState& st) {
 static double sectionJerk(const AxisPlan& r, int c) {
     const double dA = r.secAcc[c] - r.secAcc[c - 1], dt = r.secTime[c] - r.secTime[c - 1];
     if (!r.exact) return std::fabs(dA) < kFlatAccTolerance ? 0.0 : dA / dt;
+    // (A section of no length is stepped over, or read at its start: its jerk
+    // changes no sample.)
     const double jerk = dt > 0.0 ? dA / dt : 0.0;
     return std::isfinite(jerk) ? jerk : 0.0;
 }

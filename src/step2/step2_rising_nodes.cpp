@@ -501,6 +501,8 @@ bool node48(PlannerState& st, AxisPlan& rec) {
 // Hold a0 for h, then a Trap pulse up to vT, filling T.
 bool node49(PlannerState& st, AxisPlan& rec) {
     const Kin k = kinOf(rec);
+    // With a0 at A the hold and the Trap pulse's own hold are one hold at A
+    // (the ramp between them is empty), so any h gives the same end.
     double h = 0.0;
     if (std::fabs(k.A - k.a0) > kDegenerateSpan) {
         h = (k.A * k.T + k.v0 - k.vT + (k.A * k.a0 - k.a0 * k.a0 / 2.0 - k.A * k.A) / k.J) /
