@@ -391,6 +391,9 @@ const LeafCase kBoundaries[] = {
     // Node 73: the target exactly where the Trap pulse, Lin ramp and hold end, and a little beyond.
     {0, 0.75, 0, 0.53125, 1.5, 17, "9-51-52-53+54-65+67+68-72+73+"},
     {0, 0.75, 0, 0.5313, 1.5, 19, "9-51-52-53+54-65+67+68-72+73-"},
+    // Node 36: the target exactly at the end of the Tri pulse, cruise and full Tri pulse.
+    {-0.40651751798638203, -0.46223024911291688, 0.43354068860753525, -0.56487535072384087, 7.89208122725646, 10, "9+10+11-14+18-20+27-29-34-36+37-"},
+    {-0.40651751798638203, -0.46223024911291688, 0.43354068860753525, -0.56487535072384099, 7.89208122725646, 12, "9+10+11-14+18-20+27-29-34-36-"},
 };
 
 TEST(Step2, BoundaryStatesTakeTheirBranch) {
