@@ -99,7 +99,9 @@ TEST(Allocation, PlanningAndSamplingAllocateNothingAfterTheFirstCall) {
     EXPECT_EQ(count, 0);
 }
 
-// A planner of one's own, printing into a callback and then switched off.
+// A planner of one's own, printing into a callback and then switched off;
+// every other motion through the library's own calls (Move at 1 ms, Next and
+// StateAt).
 TEST(Allocation, APlannerOfOnesOwnAllocatesNothingWhateverItsOutput) {
     if (!hooksInstalled) GTEST_SKIP() << "counted in the sanitized build (preset ci)";
     VektaPlanner* p = vektaPlannerCreate();
@@ -108,6 +110,19 @@ TEST(Allocation, APlannerOfOnesOwnAllocatesNothingWhateverItsOutput) {
     auto run = [&](std::uint64_t i) {
         const Motion m = drawMotion(7, i);
         vektaPlannerSetTrace(p, i % 10 == 0);
+        if (i % 2 == 1) {
+            double jerk[6], s[3][6];
+            for (int k = 0; k < m.axes; ++k) jerk[k] = m.maxAcc[k] * m.jerkRatio;
+            if (vektaPlannerSetPeriod(p, 0.001) != VEKTA_OK ||
+                vektaPlannerMove(p, m.axes, m.tgt, m.maxVel, m.maxAcc, jerk, m.pos, m.vel, m.acc) != VEKTA_OK) {
+                return;
+            }
+            vektaPlannerStateAt(p, vektaPlannerDuration(p) / 2.0, s[0], s[1], s[2]);
+            for (int k = 0; k < 240000 && vektaPlannerNext(p, s[0], s[1], s[2]) == 0; ++k) {
+            }
+            vektaPlannerSetPeriod(p, 0.005);
+            return;
+        }
         if (!vektaPlannerPositionUpdate(p, m.axes, m.tgt, m.maxVel, m.maxAcc, m.jerkRatio, m.pos, m.vel, m.acc)) return;
         double s[3];
         for (int k = 0, n = 0, done = 0; done < m.axes && k < 240000; ++k) {
@@ -115,6 +130,7 @@ TEST(Allocation, APlannerOfOnesOwnAllocatesNothingWhateverItsOutput) {
         }
     };
     run(0);
+    run(1);
     const long count = allocationsDuring([&] {
         for (std::uint64_t i = 0; i < 600; ++i) {
             if (i == 300) vektaPlannerOutputOff(p);
