@@ -232,6 +232,8 @@ const std::vector<PrologueRow> kPrologueRows = {
     {"node 8: a full pulse overshoots V, recovery", 1, 3, 1, -4, 0, {{prologueNode8, true}}, 2, -1, 2, 1},
     {"node 8: ramp from a0 to A, hold, ramp to w (= A here)", 0.5, 2, 2, -5, 0.5, {{prologueNode8, false}}, 3,
      -0.5, 2, 1},
+    {"node 8: the same ramping down to w = 2 root(V J) < A", 0.25, 2, 2, -5, 0.5, {{prologueNode8, false}}, 3, -0.25,
+     std::sqrt(2.0), 1},
 };
 
 TEST(Step1, PreparingNodesAppendPhysicalSections) {
