@@ -258,6 +258,13 @@ TEST(PlanCheck, ChecksAConveyorPlanInTheConveyorsFrame) {
         far.secPos[1] = 0x1p51 + miss;
         EXPECT_EQ(check(far, 1, kConveyorPlan).first, miss == 4.0 ? VEKTA_CHECK_OK : VEKTA_CHECK_DISCONTINUOUS);
     }
+    // And in velocity: 4.0 of 2^51 m/s, and no more.
+    far.tgtPos = 0.0;
+    far.secPos[1] = 0x1p51;
+    for (const double miss : {4.0, 4.5}) {
+        far.secVel[1] = 0x1p51 + miss;
+        EXPECT_EQ(check(far, 1, kConveyorPlan).first, miss == 4.0 ? VEKTA_CHECK_OK : VEKTA_CHECK_DISCONTINUOUS);
+    }
 }
 
 }  // namespace
