@@ -77,6 +77,7 @@ bool velocityKeepable(double v, double a, double V, double J) {
     return within(v, V) && within(v + a * std::fabs(a) / (2.0 * J), V);
 }
 
+// (On a tie either side is the same value, so > and >= pick alike.)
 double largest(double a, double b, double c) { return a > b ? (a > c ? a : c) : (b > c ? b : c); }
 
 // The tolerances where the section from point h to point i meets point i (h =

@@ -22,7 +22,7 @@ bool chooseFmaCopy() {
     __builtin_cpu_init();  // this runs among the library's static initialisers
     return __builtin_cpu_supports("fma");
 #else
-    return false;
+    return false;  // compiled only where there is no FMA copy
 #endif
 }
 

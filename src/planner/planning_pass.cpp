@@ -35,7 +35,8 @@ constexpr int kStep2RisingNode = 9;
 constexpr int kStep2HoldDownNode = 94;
 constexpr int kNoVelProfile = 8;
 
-// Index offset of the mirrored form: 0 in the working frame, 1 when mirrored.
+// Index offset of the mirrored form: 0 in the working frame, 1 when mirrored
+// (inv is 1 or -1).
 int frameOffset(int inv) { return (1 - inv) / 2; }
 
 // The profile found for a mirrored state is its partner for the real state
@@ -55,6 +56,8 @@ bool curveFits(AxisPlan& r, int axis) {
     return false;
 }
 
+// The curve back to its start point (every curve starts at t = 0; the time
+// is written all the same, so that the start point is whole here).
 void resetCurve(AxisPlan& r) {
     r.secTime[0] = 0.0;
     r.secAcc[0] = r.curAcc;

@@ -247,7 +247,7 @@ double residualPLNT(AxisPlan& rec, const double* xp) {
         c[8] = 4.0 * std::pow(a, 3.0) - 12.0 * a * c[2] + c[7] * p - 3.0 * A * c[3] +
                J * vt * c[6] - c[7] * pt + c[6] * c[2];
         c[9] = c[5] * v * v + std::pow(a, 4.0) - c[5] * vt * vt - c[4] * c[2];
-        c[10] = rec.exact ? residualGain(rec) : 1.0;
+        c[10] = rec.exact ? residualGain(rec) : 1.0;  // read only for an exact curve
         rec.coefDirty = false;
     }
     const double x = *xp;
