@@ -64,6 +64,8 @@ void trackNoStop(PlannerState& st, int finished) {
     const bool lastPeriod = leftMoveTime(st) < samplingPeriod(st);
     if (st.noStopPending) {
         if (finished) {
+            // (A finished axis stays finished, and the next plan starts
+            // afresh: nothing reads this until then.)
             st.noStopPending = false;
         } else {
             if (lastPeriod) printTo(&st.output, "no-stop\n");
